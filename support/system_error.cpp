@@ -1,0 +1,18 @@
+#include "support/system_error.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace morvane {
+
+std::string systemErrorText(int error) {
+    char buffer[256];
+    // The GNU form: the text may or may not stand in the buffer.
+    return ::strerror_r(error, buffer, sizeof buffer);
+}
+
+void throwErrno() {
+    throw std::system_error(errno, std::generic_category());
+}
+
+}  // namespace morvane
