@@ -1,0 +1,259 @@
+#include "project/planning.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <optional>
+#include <utility>
+
+#include "platform/package_types.h"
+#include "project/duplicates.h"
+#include "project/folder_names.h"
+#include "project/manifest.h"
+#include "project/project_errors.h"
+#include "project/project_json.h"
+#include "project/project_template.h"
+#include "project/safe_open.h"
+#include "project/safe_paths.h"
+#include "support/path_text.h"
+#include "support/text_fold.h"
+#include "support/uuid.h"
+
+namespace morvane {
+
+namespace {
+
+constexpr std::size_t nameLimit = 180;  // bytes of UTF-8
+/// From here on a manifest counts as near its reading limit: error texts still have to fit.
+constexpr std::size_t manifestWarningSize = manifestReadLimit - manifestReadLimit / 16;
+
+bool isValidName(std::string_view name) {
+    return !name.empty() && name != "." && name != ".." && name.size() <= nameLimit && isValidUtf8(name) &&
+           !hasUnsafeCharacter(name);
+}
+
+bool isSupportedEdit(const ProjectRequest& request) {
+    constexpr std::array<std::int64_t, 5> rates{24, 25, 30, 50, 60};
+    const auto isSupportedSide = [](std::int64_t side) {
+        return side % 2 == 0 && side >= 16 && side <= 8192;
+    };
+    return std::find(rates.begin(), rates.end(), request.frameRate) != rates.end() &&
+           isSupportedSide(request.width) && isSupportedSide(request.height);
+}
+
+bool isFcpLibraryName(std::string_view name) {
+    return lowerCased(name).ends_with(".fcpbundle");
+}
+
+bool isInFcpLibrary(std::string_view path) {
+    const auto pieces = pathPieces(path);
+    return std::any_of(pieces.begin(), pieces.end(), isFcpLibraryName);
+}
+
+struct Entry {
+    std::string name;
+    struct stat status;
+};
+
+/// The entries of an open folder in the byte order of their names; nothing when it cannot be listed.
+/// Entries that vanish meanwhile are left out.
+std::optional<std::vector<Entry>> listFolder(const UniqueFd& folder) {
+    auto names = folderNames(folder);
+    if (!names)
+        return std::nullopt;
+    std::vector<Entry> entries;
+    entries.reserve(names->size());
+    for (std::string& name : *names) {
+        Entry entry{std::move(name), {}};
+        if (::fstatat(folder.get(), entry.name.c_str(), &entry.status, AT_SYMLINK_NOFOLLOW) == 0)
+            entries.push_back(std::move(entry));
+        else if (errno != ENOENT)
+            return std::nullopt;
+    }
+    return entries;
+}
+
+/// One planning run: the plan as it grows and the names taken so far.
+class Planner {
+public:
+    Planner(JobContext& context, const ProjectRequest& request, FileUrl root) : context_(context) {
+        plan_.id = newUuid();
+        plan_.request = request;
+        plan_.rootURL = std::move(root);
+    }
+
+    ProjectPlan run() {
+        for (const FileUrl& source : plan_.request.sources)
+            planSource(source);
+        if (plan_.items.empty())
+            failWith(project_text::nothingToOrganize);
+        findDuplicates(context_, plan_);
+        if (expectedManifestSize(plan_) >= manifestWarningSize)
+            warn(project_text::manifestNearLimit);
+        return std::move(plan_);
+    }
+
+private:
+    struct Frame {
+        std::string path;
+        std::string relative;  ///< path below the walked folder made safe, ending in "/" unless empty
+        std::vector<Entry> entries;
+        std::size_t next = 0;
+    };
+    /// How the files below one walked folder are planned.
+    struct Walk {
+        bool isCameraCard;
+        std::string top;  ///< safe name of the walked folder
+    };
+
+    void warn(std::string_view prefix, std::string_view tail = {}) {
+        plan_.warnings.push_back(std::string(prefix).append(tail));
+    }
+
+    void planSource(const FileUrl& source);
+    void planFolder(const FileUrl& folder);
+    void walkFolder(const FileUrl& folder, const Walk& walk);
+    void planEntry(std::vector<Frame>& frames, const Entry& entry, const Walk& walk);
+    bool isPassedOver(const std::string& path, const Entry& entry) const;
+    void add(const FileUrl& file, const FileAttributes& attributes, const Walk* walk,
+             const std::string& safeRelativePath);
+
+    JobContext& context_;
+    ProjectPlan plan_;
+    ReservedNames reserved_;
+    ProjectProgress progress_;
+};
+
+void Planner::planSource(const FileUrl& source) {
+    context_.throwIfCancelled();
+    const std::string name = shownName(source.lastComponent());
+    if (!source.isFile())
+        return warn(project_text::skippedNonLocalPrefix, name);
+    struct stat status {};
+    const bool isKnown = ::lstat(source.path.c_str(), &status) == 0;
+    if (isKnown && S_ISLNK(status.st_mode))
+        return warn(project_text::skippedLinkPrefix, name);
+    const bool isFolder = isKnown && S_ISDIR(status.st_mode);
+    const FileUrl real = canonical(source, isFolder ? LocationKind::Folder : LocationKind::File);
+    if (isInFcpLibrary(real.path))
+        return warn(project_text::skippedFcpLibraryPrefix, name);
+    if (isAtOrBelow(real.path, plan_.rootURL.path))
+        return warn(project_text::skippedTarget);
+    if (isFolder)
+        return planFolder(real);
+    if (S_ISREG(status.st_mode))
+        add(real, attributes(real), nullptr, safeComponent(real.lastComponent()));
+}
+
+void Planner::planFolder(const FileUrl& folder) {
+    const std::string name = folder.lastComponent();
+    const bool isCard = cardFolder(folder);
+    if (!isCard && hasPackageExtension(name))
+        return warn(project_text::skippedPackagePrefix, shownName(name));
+    if (isCard)
+        warn(shownName(name), project_text::cameraCardSuffix);
+    walkFolder(folder, {isCard, safeComponent(name)});
+}
+
+void Planner::walkFolder(const FileUrl& folder, const Walk& walk) {
+    auto entries = listFolder(openFolder(folder.path));
+    if (!entries)
+        failWith(project_text::cannotScan);
+    std::vector<Frame> frames;
+    frames.push_back({folder.path, {}, *std::move(entries)});
+    while (!frames.empty()) {
+        Frame& frame = frames.back();
+        if (frame.next == frame.entries.size()) {
+            frames.pop_back();
+            continue;
+        }
+        context_.throwIfCancelled();
+        const Entry entry = std::move(frame.entries[frame.next++]);
+        planEntry(frames, entry, walk);
+    }
+}
+
+bool Planner::isPassedOver(const std::string& path, const Entry& entry) const {
+    if (S_ISDIR(entry.status.st_mode) && (isSystemFolderName(entry.name) || hasPackageExtension(entry.name)))
+        return true;
+    return isFcpLibraryName(entry.name) || isAtOrBelow(path, plan_.rootURL.path);
+}
+
+void Planner::planEntry(std::vector<Frame>& frames, const Entry& entry, const Walk& walk) {
+    const std::string path = joinPath(frames.back().path, entry.name);
+    if (isPassedOver(path, entry))
+        return;
+    const std::string relative = frames.back().relative + safeComponent(entry.name);
+    if (S_ISDIR(entry.status.st_mode)) {
+        auto entries = listFolder(openFolder(path));
+        if (!entries)
+            return warn(project_text::skippedUnreadablePrefix, shownName(entry.name));
+        frames.push_back({path, relative + "/", *std::move(entries)});
+    } else if (S_ISREG(entry.status.st_mode) && !isSystemFileName(entry.name)) {
+        add(fileLocation(path), attributesOf(entry.status), &walk, relative);
+    }
+}
+
+void Planner::add(const FileUrl& file, const FileAttributes& attributes, const Walk* walk,
+                  const std::string& safeRelativePath) {
+    const Classification classification = folderAndCategory(file);
+    const bool isCard = walk && walk->isCameraCard;
+    std::string wanted(isCard ? cameraCardFolder : classification.folder);
+    if (walk)
+        wanted.append("/").append(walk->top);
+    wanted.append("/").append(safeRelativePath);
+
+    ProjectPlanItem item;
+    item.id = newUuid();
+    item.sourceURL = file;
+    item.relativeDestination = reserved_.unique(wanted);
+    item.category = classification.category;
+    item.size = attributes.size;
+    item.modified = attributes.modified;
+    item.isCameraCard = isCard;
+    plan_.items.push_back(std::move(item));
+
+    progress_.completedFiles = static_cast<std::int64_t>(plan_.items.size());
+    progress_.completedBytes += attributes.size;
+    progress_.message = std::string(project_text::analysingPrefix) + std::to_string(plan_.items.size()) +
+                        std::string(project_text::analysingSuffix);
+    context_.report(progress_);
+}
+
+}  // namespace
+
+FileUrl validate(const ProjectRequest& request) {
+    const std::string name = trimmed(request.name);
+    if (!isValidName(name))
+        failWith(project_text::invalidName);
+    if (!request.parentURL.isFile())
+        failWith(project_text::parentNotLocal);
+    const FileUrl parent = canonical(request.parentURL, LocationKind::Folder);
+    struct stat status {};
+    if (::stat(parent.path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+        failWith(project_text::parentNotFolder);
+    if (!isSupportedEdit(request))
+        failWith(project_text::unsupportedEdit);
+    return parent.appending(name, true);
+}
+
+bool cardFolder(const FileUrl& folder) {
+    if (isCameraStructureName(folder.lastComponent()))
+        return true;
+    const auto names = folderNames(openFolder(folder.path));
+    return names && std::any_of(names->begin(), names->end(), isCameraStructureName);
+}
+
+ProjectPlan planSynchronously(JobContext& context, const ProjectRequest& request) {
+    FileUrl root = validate(request);
+    struct stat status {};
+    if (::lstat(root.path.c_str(), &status) == 0)
+        failWith(project_text::projectExists);
+    return Planner(context, request, std::move(root)).run();
+}
+
+}  // namespace morvane

@@ -1,0 +1,20 @@
+// Reaching files and folders without ever following a symbolic link.
+#pragma once
+
+#include <string_view>
+
+#include "support/file_url.h"
+#include "support/unique_fd.h"
+
+namespace morvane {
+
+/// A read-only descriptor of the regular file at `url`, reached from "/" one folder at a time, no
+/// symbolic link followed anywhere. The open itself never blocks (a FIFO is refused, not waited
+/// for). Throws ProjectCoreError with the described texts.
+UniqueFd openRead(const FileUrl& url);
+
+/// A descriptor of the folder at `path`, reached the same way; an empty one with errno set when a
+/// piece is missing, no folder, or a symbolic link.
+UniqueFd openFolder(std::string_view path);
+
+}  // namespace morvane

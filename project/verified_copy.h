@@ -1,0 +1,56 @@
+// The verified copy of one file, and the folders it needs inside the project.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "project/job_context.h"
+#include "project/project_records.h"
+#include "support/unique_fd.h"
+
+namespace morvane {
+
+/// Makes sure that every folder from `root` down to `directory` is a real folder, creating the
+/// missing ones (mode 0755), and returns `directory` opened; everything done relative to that
+/// descriptor stays inside the project whatever happens to the names meanwhile. No symbolic link is
+/// followed from "/" on. Throws ProjectCoreError (outsideProject, projectChanged, subfolderNotReal,
+/// cannotMakeFolderPrefix + system text).
+UniqueFd ensureDirectory(const FileUrl& directory, const FileUrl& root);
+
+/// Copies files one after the other, keeping its buffers, digests and its second thread between
+/// them. One thread uses it at a time.
+class VerifiedCopier {
+public:
+    /// Bytes of this file copied so far (cumulative), after every block; on the calling thread.
+    using ByteProgress = std::function<void(std::int64_t)>;
+
+    explicit VerifiedCopier(JobContext& context);
+    ~VerifiedCopier();
+
+    /// Copies `item` below `root` and returns the copy's SHA-256 (lower-case hexadecimal). Afterwards
+    /// either the whole verified file stands under its planned name (date of the source, mode 0644),
+    /// or nothing new stands there; the temporary file is gone in both cases.
+    ///
+    /// Steps: safe destination; real folders; free name; source opened without following links and
+    /// equal to the plan (size; date within 0.001 s); temporary file in the destination's folder;
+    /// streamed read, hash and write in blocks of 1 MiB; flush; source unchanged (exact); hash as
+    /// planned; the file read back and compared; exclusive rename; date and mode; folder flushed.
+    ///
+    /// The file is read back after its cached pages were dropped, so that the bytes come from the
+    /// medium. What that promises: the system was asked after a completed flush, and ext4, xfs, btrfs
+    /// and the kernel's exFAT then read from the device. What it cannot: a device may answer from a
+    /// cache of its own, a network or FUSE file system from its server's or driver's, and tmpfs has no
+    /// medium at all.
+    ///
+    /// Throws ProjectCoreError (messages in described order, or its cancelled case) or
+    /// std::system_error for failed reads, writes, flushes and closes.
+    std::string copy(const ProjectPlanItem& item, const FileUrl& root, const ByteProgress& byteProgress);
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace morvane
