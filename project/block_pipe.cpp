@@ -4,22 +4,10 @@
 
 namespace morvane {
 
-BlockPipe::BlockPipe() = default;
-
-BlockPipe::~BlockPipe() {
-    {
-        const std::scoped_lock guard(lock_);
-        stopping_ = true;
-    }
-    changed_.notify_all();
-    if (thread_.joinable())
-        thread_.join();
-}
-
-void BlockPipe::transfer(const Fill& fill, const Drain& drain, Overlap overlap) {
+void BlockPipe::transfer(const Fill& fill, const Drain& drain, bool overlap) {
     if (!blocks_[0])
         blocks_[0] = std::make_unique<char[]>(blockSize);
-    if (overlap == Overlap::None) {
+    if (!overlap) {
         while (const std::size_t count = fill(blocks_[0].get(), blockSize))
             drain(blocks_[0].get(), count);
         return;
@@ -33,14 +21,9 @@ void BlockPipe::transfer(const Fill& fill, const Drain& drain, Overlap overlap) 
             block = std::make_unique<char[]>(blockSize);
         free_.push_back(block.get());
     }
-    if (overlap == Overlap::DrainElsewhere) {
-        startElsewhere([this, &drain] { consume(drain); });
-        produce(fill);
-    } else {
-        startElsewhere([this, &fill] { produce(fill); });
-        consume(drain);
-    }
-    waitElsewhere();
+    draining_.start([this, &drain] { consume(drain); });
+    produce(fill);
+    draining_.wait();
     if (error_)
         std::rethrow_exception(std::exchange(error_, nullptr));
 }
@@ -60,7 +43,7 @@ void BlockPipe::produce(const Fill& fill) {
         const std::scoped_lock guard(lock_);
         fillEnded_ = true;
     }
-    changed_.notify_all();
+    changed_.notify_one();
 }
 
 void BlockPipe::consume(const Drain& drain) {
@@ -80,7 +63,7 @@ void BlockPipe::fail() {
         if (!error_)
             error_ = std::current_exception();
     }
-    changed_.notify_all();
+    changed_.notify_one();
 }
 
 char* BlockPipe::takeFree() {
@@ -98,7 +81,7 @@ void BlockPipe::giveFree(char* block) {
         const std::scoped_lock guard(lock_);
         free_.push_back(block);
     }
-    changed_.notify_all();
+    changed_.notify_one();
 }
 
 BlockPipe::Filled BlockPipe::takeFilled() {
@@ -116,37 +99,7 @@ void BlockPipe::giveFilled(Filled filled) {
         const std::scoped_lock guard(lock_);
         filled_.push_back(filled);
     }
-    changed_.notify_all();
-}
-
-void BlockPipe::startElsewhere(std::function<void()> task) {
-    if (!thread_.joinable())
-        thread_ = std::thread([this] { serve(); });
-    {
-        const std::scoped_lock guard(lock_);
-        task_ = std::move(task);
-    }
-    changed_.notify_all();
-}
-
-void BlockPipe::waitElsewhere() {
-    std::unique_lock guard(lock_);
-    changed_.wait(guard, [this] { return !task_; });
-}
-
-void BlockPipe::serve() {
-    std::unique_lock guard(lock_);
-    while (true) {
-        changed_.wait(guard, [this] { return task_ || stopping_; });
-        if (stopping_)
-            return;
-        const auto& task = task_;
-        guard.unlock();
-        task();
-        guard.lock();
-        task_ = nullptr;
-        changed_.notify_all();
-    }
+    changed_.notify_one();
 }
 
 }  // namespace morvane

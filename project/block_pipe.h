@@ -9,33 +9,29 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <thread>
 #include <vector>
+
+#include "project/side_task.h"
 
 namespace morvane {
 
-/// Holds eight blocks of 1 MiB and, from the first overlapped transfer on, a second thread; both stay
-/// for the next transfer. One thread uses it at a time.
+/// Holds eight blocks of 256 KiB (small enough that a block just filled is still in the processor's
+/// cache when it is drained) and, from the first overlapped transfer on, a second thread; both stay for
+/// the next transfer. One thread uses it at a time.
 class BlockPipe {
 public:
-    static constexpr std::size_t blockSize = 1'048'576;
-    /// Files smaller than this (bytes) gain nothing from a second thread.
+    static constexpr std::size_t blockSize = 262'144;
+    /// Streams shorter than this (bytes) gain nothing from a second thread.
     static constexpr std::size_t overlapFrom = 2 * blockSize;
 
-    /// Fills at most `room` bytes and returns how many; 0 ends the stream.
+    /// Fills at most `room` bytes and returns how many; 0 ends the stream. On the caller's thread.
     using Fill = std::function<std::size_t(char* block, std::size_t room)>;
+    /// On the second thread where the transfer overlaps.
     using Drain = std::function<void(const char* block, std::size_t count)>;
-    enum class Overlap { None, FillElsewhere, DrainElsewhere };
 
-    BlockPipe();
-    ~BlockPipe();
-    BlockPipe(const BlockPipe&) = delete;
-    BlockPipe& operator=(const BlockPipe&) = delete;
-
-    /// Passes block after block from `fill` to `drain` in order. The one named by `overlap` runs on
-    /// the second thread, the other on the caller's. What either throws ends the transfer and is
-    /// thrown here after both have ended (the first one, when both fail).
-    void transfer(const Fill& fill, const Drain& drain, Overlap overlap);
+    /// Passes block after block from `fill` to `drain` in order. What either throws ends the transfer
+    /// and is thrown here after both have ended (the first one, when both fail).
+    void transfer(const Fill& fill, const Drain& drain, bool overlap);
 
 private:
     struct Filled {
@@ -50,9 +46,6 @@ private:
     void giveFree(char* block);
     Filled takeFilled();
     void giveFilled(Filled filled);
-    void startElsewhere(std::function<void()> task);
-    void waitElsewhere();
-    void serve();
 
     std::array<std::unique_ptr<char[]>, 8> blocks_;
 
@@ -63,10 +56,8 @@ private:
     std::deque<Filled> filled_;
     bool fillEnded_ = false;
     std::exception_ptr error_;
-    std::function<void()> task_;
-    bool stopping_ = false;
 
-    std::thread thread_;  ///< started by the first overlapped transfer
+    SideTask draining_;
 };
 
 }  // namespace morvane

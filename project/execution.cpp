@@ -249,8 +249,11 @@ void Run::copyItem(std::size_t index) {
         context_.report(progress);
     });
     record.state = ProjectFileState::verified;
-    countAsDone(index);
-    writer_.persist(manifest_, index);
+    // The folder's flush and the manifest's own go on beside each other.
+    writer_.persist(manifest_, index, [this, index] {
+        copier_.waitUntilDurable();
+        countAsDone(index);
+    });
 }
 
 void Run::countAsDone(std::size_t index) {

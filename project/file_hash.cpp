@@ -30,6 +30,16 @@ std::size_t readSome(int file, char* bytes, std::size_t room) {
     }
 }
 
+void ByteCount::add(std::size_t count) {
+    constexpr std::int64_t step = 1'048'576;
+    total_ += static_cast<std::int64_t>(count);
+    if (total_ - told_ < (count > 0 ? step : 1))
+        return;
+    told_ = total_;
+    if (tell_)
+        tell_(total_);
+}
+
 std::string FileHasher::hashFile(const FileUrl& url, const OnRead& onRead) {
     const UniqueFd file = openRead(url);
     return hashOpen(file.get(), onRead);
@@ -40,20 +50,25 @@ std::string FileHasher::hashOpen(int file, const OnRead& onRead) {
         throwErrno();
     ::posix_fadvise(file, 0, 0, POSIX_FADV_SEQUENTIAL);
     struct stat status {};
-    const bool large =
-        ::fstat(file, &status) == 0 && status.st_size >= static_cast<std::int64_t>(BlockPipe::overlapFrom);
-    digest_.reset();
-    std::int64_t total = 0;
+    if (::fstat(file, &status) != 0)
+        throwErrno();
+    ByteCount total(onRead);
     context_.throwIfCancelled();
-    pipe_.transfer([file](char* block, std::size_t room) { return readSome(file, block, room); },
-                   [&](const char* block, std::size_t count) {
-                       digest_.update(block, count);
-                       total += static_cast<std::int64_t>(count);
-                       if (onRead)
-                           onRead(total);
-                       context_.throwIfCancelled();
-                   },
-                   large ? BlockPipe::Overlap::FillElsewhere : BlockPipe::Overlap::None);
+    return hashStream(
+        [&](char* block, std::size_t room) {
+            const std::size_t count = readSome(file, block, room);
+            total.add(count);
+            context_.throwIfCancelled();
+            return count;
+        },
+        status.st_size);
+}
+
+std::string FileHasher::hashStream(const BlockPipe::Fill& fill, std::int64_t size) {
+    digest_.reset();
+    pipe_.transfer(
+        fill, [this](const char* block, std::size_t count) { digest_.update(block, count); },
+        size >= static_cast<std::int64_t>(BlockPipe::overlapFrom));
     return digest_.finish();
 }
 

@@ -26,9 +26,8 @@ void writeAll(int file, const char* bytes, std::size_t count) {
     }
 }
 
-void startWriteBack(int file, std::int64_t offset, std::size_t count) {
-    static_cast<void>(
-        ::sync_file_range(file, offset, static_cast<std::int64_t>(count), SYNC_FILE_RANGE_WRITE));
+void startWriteBack(int file, std::int64_t offset, std::int64_t count) {
+    static_cast<void>(::sync_file_range(file, offset, count, SYNC_FILE_RANGE_WRITE));
 }
 
 }  // namespace morvane

@@ -15,6 +15,6 @@ void writeAll(int file, const char* bytes, std::size_t count);
 
 /// Asks the system to begin writing this range to the medium, so that the final flush has less to
 /// wait for. Promises nothing and never fails.
-void startWriteBack(int file, std::int64_t offset, std::size_t count);
+void startWriteBack(int file, std::int64_t offset, std::int64_t count);
 
 }  // namespace morvane

@@ -55,6 +55,11 @@ void overwrite(int file, const std::string& text, ManifestText::Range range) {
 }  // namespace
 
 ManifestWriter::~ManifestWriter() {
+    try {
+        endRetiring();
+    } catch (const std::system_error&) {
+        // Nothing is overwritten any more: nothing depends on this flush.
+    }
     removeCopies();
 }
 
@@ -62,15 +67,16 @@ void ManifestWriter::persist(ProjectManifest& manifest) {
     stamp(manifest);
     text_.emplace(manifest);
     checkTarget();
-    replace();
+    replace({});
 }
 
-void ManifestWriter::persist(ProjectManifest& manifest, std::optional<std::size_t> changed) {
+void ManifestWriter::persist(ProjectManifest& manifest, std::optional<std::size_t> changed,
+                             const std::function<void()>& beforePublishing) {
     stamp(manifest);
     if (!text_ || !text_->update(manifest, changed)) {
         text_.emplace(manifest);
         checkTarget();
-        replace();
+        replace(beforePublishing);
         return;
     }
     if (changed) {
@@ -81,9 +87,9 @@ void ManifestWriter::persist(ProjectManifest& manifest, std::optional<std::size_
     }
     checkTarget();
     if (canExchange_ && isStillCurrent())
-        exchange(manifest);
+        exchange(manifest, beforePublishing);
     else
-        replace();
+        replace(beforePublishing);
 }
 
 void ManifestWriter::checkTarget() const {
@@ -155,10 +161,11 @@ ManifestWriter::Copy ManifestWriter::takeCopy(const ProjectManifest& manifest) {
             mostSpares_ = spares_.size();
         }
     }
-    if (!spares_.front().isRetired) {
-        syncFolder(root_);
-        for (Copy& spare : spares_)
-            spare.isRetired = true;
+    if (!isRetired(spares_.front()))
+        endRetiring();
+    if (!isRetired(spares_.front())) {
+        beginRetiring();
+        endRetiring();
     }
     Copy copy = std::move(spares_.front());
     spares_.pop_front();
@@ -167,47 +174,80 @@ ManifestWriter::Copy ManifestWriter::takeCopy(const ProjectManifest& manifest) {
         return makeCopy();
     }
     try {
-        for (const auto range : copy.behind)
-            overwrite(copy.file.get(), text_->text(), range);
-        overwrite(copy.file.get(), text_->text(), text_->head());
-        if (::fdatasync(copy.file.get()) != 0)
+        update(copy);
+    } catch (...) {
+        remove(copy);
+        throw;
+    }
+    return copy;
+}
+
+void ManifestWriter::update(Copy& copy) const {
+    for (const auto range : copy.behind)
+        overwrite(copy.file.get(), text_->text(), range);
+    overwrite(copy.file.get(), text_->text(), text_->head());
+    if (::fdatasync(copy.file.get()) != 0)
+        throwErrno();
+    copy.behind.clear();
+}
+
+/// Begins to flush the folder, unless that is in progress.
+void ManifestWriter::beginRetiring() {
+    if (flushingTo_)
+        return;
+    flushingTo_ = exchanges_;
+    folderFlush_.start([root = root_] { syncFolder(root); });
+}
+
+/// Waits for the flush in progress, if there is one.
+void ManifestWriter::endRetiring() {
+    const auto reached = std::exchange(flushingTo_, std::nullopt);
+    folderFlush_.wait();
+    if (reached)
+        flushedUpTo_ = *reached;
+}
+
+void ManifestWriter::replace(const std::function<void()>& beforePublishing) {
+    removeCopies();
+    current_.reset();
+    Copy copy = makeCopy();
+    try {
+        if (beforePublishing)
+            beforePublishing();
+        if (::renameat(root_, copy.name.c_str(), root_, std::string(manifestFilename).c_str()) != 0)
             throwErrno();
     } catch (...) {
         remove(copy);
         throw;
     }
-    copy.behind.clear();
-    return copy;
-}
-
-void ManifestWriter::replace() {
-    removeCopies();
-    current_.reset();
-    Copy copy = makeCopy();
-    if (::renameat(root_, copy.name.c_str(), root_, std::string(manifestFilename).c_str()) != 0) {
-        const int error = errno;
-        remove(copy);
-        errno = error;
-        throwErrno();
-    }
     current_ = std::move(copy);
     syncFolder(root_);
 }
 
-void ManifestWriter::exchange(const ProjectManifest& manifest) {
+void ManifestWriter::exchange(const ProjectManifest& manifest,
+                              const std::function<void()>& beforePublishing) {
     Copy next = takeCopy(manifest);
-    const int error = exchangeNames(root_, next.name.c_str(), std::string(manifestFilename).c_str());
-    if (error != 0) {
+    try {
+        if (beforePublishing)
+            beforePublishing();
+    } catch (...) {
+        remove(next);
+        throw;
+    }
+    if (exchangeNames(root_, next.name.c_str(), std::string(manifestFilename).c_str()) != 0) {
         remove(next);
         canExchange_ = false;
-        replace();
+        replace({});
         return;
     }
     Copy old = std::move(*current_);
     old.name = std::exchange(next.name, std::string());
-    old.isRetired = false;
+    old.leftAt = ++exchanges_;
     spares_.push_back(std::move(old));
     current_ = std::move(next);
+    // Only the oldest is still free: the time of the next writes is there for the flush.
+    if (spares_.size() > 1 && !isRetired(spares_[1]))
+        beginRetiring();
 }
 
 void ManifestWriter::remove(const Copy& copy) const {

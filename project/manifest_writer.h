@@ -2,12 +2,15 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "project/project_json.h"
+#include "project/side_task.h"
 #include "support/unique_fd.h"
 
 namespace morvane {
@@ -36,15 +39,19 @@ public:
     /// std::system_error; the former manifest stands then.
     void persist(ProjectManifest& manifest);
     /// Writes the manifest when only record `changed` (nothing: no record) differs from the last
-    /// write. Throws as above.
-    void persist(ProjectManifest& manifest, std::optional<std::size_t> changed);
+    /// write. `beforePublishing` is called once, when the new text is flushed and before it takes the
+    /// manifest's name: what the text says must be true by its end. Throws as above, and what
+    /// `beforePublishing` throws; the former manifest stands then.
+    void persist(ProjectManifest& manifest, std::optional<std::size_t> changed,
+                 const std::function<void()>& beforePublishing = {});
 
 private:
     struct Copy {
         std::string name;
         UniqueFd file;
         std::vector<ManifestText::Range> behind;  ///< what changed since this copy was the manifest
-        bool isRetired = false;                   ///< no crash can bring the manifest's name back to it
+        /// The exchange that took the manifest's name from it; 0: it never had the name.
+        std::uint64_t leftAt = 0;
     };
 
     void checkTarget() const;
@@ -52,8 +59,12 @@ private:
     Copy makeCopy() const;
     bool wantsAnotherSpare(const ProjectManifest& manifest) const;
     Copy takeCopy(const ProjectManifest& manifest);
-    void replace();
-    void exchange(const ProjectManifest& manifest);
+    void update(Copy& copy) const;
+    bool isRetired(const Copy& copy) const { return copy.leftAt <= flushedUpTo_; }
+    void beginRetiring();
+    void endRetiring();
+    void replace(const std::function<void()>& beforePublishing);
+    void exchange(const ProjectManifest& manifest, const std::function<void()>& beforePublishing);
     void remove(const Copy& copy) const;
     void removeCopies();
 
@@ -63,6 +74,11 @@ private:
     std::deque<Copy> spares_;  ///< oldest first
     std::size_t mostSpares_ = 4;
     bool canExchange_ = true;
+
+    std::uint64_t exchanges_ = 0;
+    std::uint64_t flushedUpTo_ = 0;            ///< no crash undoes the exchanges up to this one
+    std::optional<std::uint64_t> flushingTo_;  ///< what the flush in progress will make durable
+    SideTask folderFlush_;
 };
 
 }  // namespace morvane

@@ -9,20 +9,22 @@
 #include <cmath>
 
 #include "platform/exclusive_rename.h"
-#include "project/block_pipe.h"
 #include "project/file_hash.h"
 #include "project/folder_sync.h"
 #include "project/project_errors.h"
 #include "project/safe_open.h"
 #include "project/safe_paths.h"
+#include "project/side_task.h"
 #include "project/temporary_file.h"
 #include "support/path_text.h"
-#include "support/sha256.h"
 #include "support/system_error.h"
 
 namespace morvane {
 
 namespace {
+
+/// Bytes after which the system is asked to begin writing them to the medium.
+constexpr std::int64_t writeBackStep = 1'048'576;
 
 /// Opens folder `piece` of `folder`, making it when it is missing.
 UniqueFd openOrMake(const UniqueFd& folder, const std::string& piece) {
@@ -115,43 +117,35 @@ UniqueFd ensureDirectory(const FileUrl& directory, const FileUrl& root) {
 struct VerifiedCopier::State {
     explicit State(JobContext& jobContext) : context(jobContext), hasher(jobContext) {}
 
-    std::string stream(const Source& source, int target, std::int64_t& total,
-                       const ByteProgress& byteProgress);
+    std::string stream(const Source& source, int target, ByteCount& total);
     void verify(TemporaryFile& temporary, const std::string& digest);
 
     JobContext& context;
-    BlockPipe pipe;
-    Sha256 streamDigest;
     FileHasher hasher;
+    UniqueFd folder;  ///< of the copy made last; outlives its flush
+    SideTask folderFlush;
 };
 
 VerifiedCopier::VerifiedCopier(JobContext& context) : state_(std::make_unique<State>(context)) {}
 VerifiedCopier::~VerifiedCopier() = default;
 
-std::string VerifiedCopier::State::stream(const Source& source, int target, std::int64_t& total,
-                                          const ByteProgress& byteProgress) {
+std::string VerifiedCopier::State::stream(const Source& source, int target, ByteCount& total) {
     ::posix_fadvise(source.file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
-    streamDigest.reset();
-    std::int64_t written = 0;
-    const auto fill = [&](char* block, std::size_t room) {
-        context.throwIfCancelled();
-        const std::size_t count = readSome(source.file.get(), block, room);
-        if (count == 0)
+    std::int64_t begun = 0;  // up to here the system was asked to write
+    context.throwIfCancelled();
+    return hasher.hashStream(
+        [&](char* block, std::size_t room) {
+            const std::size_t count = readSome(source.file.get(), block, room);
+            writeAll(target, block, count);
+            total.add(count);
+            if (total.total() - begun >= writeBackStep) {
+                startWriteBack(target, begun, total.total() - begun);
+                begun = total.total();
+            }
+            context.throwIfCancelled();
             return count;
-        streamDigest.update(block, count);
-        total += static_cast<std::int64_t>(count);
-        if (byteProgress)
-            byteProgress(total);
-        return count;
-    };
-    const auto drain = [&written, target](const char* block, std::size_t count) {
-        writeAll(target, block, count);
-        startWriteBack(target, written, count);
-        written += static_cast<std::int64_t>(count);
-    };
-    const bool large = source.status.st_size >= static_cast<std::int64_t>(BlockPipe::overlapFrom);
-    pipe.transfer(fill, drain, large ? BlockPipe::Overlap::DrainElsewhere : BlockPipe::Overlap::None);
-    return streamDigest.finish();
+        },
+        source.status.st_size);
 }
 
 /// Reads the flushed file back, by its name, after its cached pages were dropped.
@@ -168,15 +162,16 @@ std::string VerifiedCopier::copy(const ProjectPlanItem& item, const FileUrl& roo
                                  const ByteProgress& byteProgress) {
     if (!safeRelative(item.relativeDestination))
         failWith(project_text::unsafeDestination);
-    const Destination destination = openDestination(item, root);
+    state_->folderFlush.wait();
+    Destination destination = openDestination(item, root);
     const Source source = openUnchangedSource(item);
     TemporaryFile temporary(destination.folder.get(), 0600);
     if (!temporary)
         failWith(project_text::cannotMakeTemporary);
-    std::int64_t bytesRead = 0;
-    std::string digest = state_->stream(source, temporary.writer(), bytesRead, byteProgress);
+    ByteCount total(byteProgress);
+    std::string digest = state_->stream(source, temporary.writer(), total);
     temporary.flushAndClose();
-    refuseChangedSource(source, bytesRead);
+    refuseChangedSource(source, total.total());
     if (item.sourceHash && *item.sourceHash != digest)
         failWith(project_text::sourceDiffersFromPlan);
     state_->verify(temporary, digest);
@@ -184,8 +179,13 @@ std::string VerifiedCopier::copy(const ProjectPlanItem& item, const FileUrl& roo
     if (temporary.publish(destination.name) != 0)
         failWith(project_text::cannotCommit);
     setAttributes(temporary.reader(), item.modified);
-    syncFolder(destination.folder.get());
+    state_->folder = std::move(destination.folder);
+    state_->folderFlush.start([folder = state_->folder.get()] { syncFolder(folder); });
     return digest;
+}
+
+void VerifiedCopier::waitUntilDurable() {
+    state_->folderFlush.wait();
 }
 
 }  // namespace morvane

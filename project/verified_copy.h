@@ -23,7 +23,7 @@ UniqueFd ensureDirectory(const FileUrl& directory, const FileUrl& root);
 /// them. One thread uses it at a time.
 class VerifiedCopier {
 public:
-    /// Bytes of this file copied so far (cumulative), after every block; on the calling thread.
+    /// Bytes of this file copied so far (cumulative), as ByteCount tells them; on the calling thread.
     using ByteProgress = std::function<void(std::int64_t)>;
 
     explicit VerifiedCopier(JobContext& context);
@@ -35,8 +35,9 @@ public:
     ///
     /// Steps: safe destination; real folders; free name; source opened without following links and
     /// equal to the plan (size; date within 0.001 s); temporary file in the destination's folder;
-    /// streamed read, hash and write in blocks of 1 MiB; flush; source unchanged (exact); hash as
-    /// planned; the file read back and compared; exclusive rename; date and mode; folder flushed.
+    /// streamed read, write and hash in blocks of 256 KiB; flush; source unchanged (exact); hash as
+    /// planned; the file read back and compared; exclusive rename; date and mode. The folder with the new
+    /// name is being flushed on another thread when this returns: waitUntilDurable() ends that.
     ///
     /// The file is read back after its cached pages were dropped, so that the bytes come from the
     /// medium. What that promises: the system was asked after a completed flush, and ext4, xfs, btrfs
@@ -47,6 +48,9 @@ public:
     /// Throws ProjectCoreError (messages in described order, or its cancelled case) or
     /// std::system_error for failed reads, writes, flushes and closes.
     std::string copy(const ProjectPlanItem& item, const FileUrl& root, const ByteProgress& byteProgress);
+    /// Returns once the copy made last survives a power cut, its name included. Throws
+    /// std::system_error where its folder could not be flushed. To be called before the copy counts.
+    void waitUntilDurable();
 
 private:
     struct State;
