@@ -34,6 +34,8 @@ namespace {
 
 constexpr std::int64_t largestNumber = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t spaceReserve = 1'048'576;  // bytes, room for the manifest
+/// Bytes; verifying a larger file takes so long that a manifest made before would carry an old date.
+constexpr std::int64_t largestPreparedFor = 16 * 1'048'576;
 constexpr std::int64_t largestTotal = largestNumber - spaceReserve - 1;
 
 void checkPlan(const ProjectPlan& plan) {
@@ -151,6 +153,7 @@ private:
     void adopt(std::size_t index);
     void flushAdopted(std::size_t index) const;
     void copyItem(std::size_t index);
+    void prepareNextWrites(std::size_t index, const std::string& digest);
     void countAsDone(std::size_t index);
     void recordStop(std::size_t index);
     void recordFailure(std::size_t index, const char* description);
@@ -244,16 +247,33 @@ void Run::copyItem(std::size_t index) {
     ProjectProgress progress = progress_;
     progress.message =
         std::string(project_text::copyingPrefix) + shownName(item(index).sourceURL.lastComponent());
-    record.sha256 = copier_.copy(item(index), manifest_.plan.rootURL, [&](std::int64_t bytes) {
-        progress.completedBytes = progress_.completedBytes + bytes;
-        context_.report(progress);
-    });
+    record.sha256 = copier_.copy(
+        item(index), manifest_.plan.rootURL,
+        [&](std::int64_t bytes) {
+            progress.completedBytes = progress_.completedBytes + bytes;
+            context_.report(progress);
+        },
+        [&](const std::string& digest) { prepareNextWrites(index, digest); });
     record.state = ProjectFileState::verified;
     // The folder's flush and the manifest's own go on beside each other.
     writer_.persist(manifest_, index, [this, index] {
         copier_.waitUntilDurable();
         countAsDone(index);
     });
+}
+
+/// While the copy is flushed and verified, the manifests of what most likely comes next are, too: this
+/// file verified, then the next one copying.
+void Run::prepareNextWrites(std::size_t index, const std::string& digest) {
+    if (item(index).size > largestPreparedFor)
+        return;
+    std::vector<ManifestWriter::Change> changes;
+    changes.push_back({index, {item(index).id, ProjectFileState::verified, digest, std::nullopt}});
+    if (index + 1 < manifest_.files.size()) {
+        const ProjectFileRecord& next = manifest_.files[index + 1];
+        changes.push_back({index + 1, {next.itemID, ProjectFileState::copying, next.sha256, std::nullopt}});
+    }
+    writer_.prepare(manifest_, changes);
 }
 
 void Run::countAsDone(std::size_t index) {

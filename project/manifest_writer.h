@@ -6,31 +6,29 @@
 #include <deque>
 #include <functional>
 #include <optional>
-#include <string>
 #include <vector>
 
+#include "project/manifest_copies.h"
 #include "project/project_json.h"
 #include "project/side_task.h"
-#include "support/unique_fd.h"
 
 namespace morvane {
 
 /// Writes the manifest of one project folder. At every moment a whole, valid manifest stands under its
-/// name, and so it does after a power cut; each write adds 1 to `revision`.
-///
-/// Beside the manifest stand up to four complete older copies under temporary names. A change of one
-/// record goes into the oldest of them: the places that changed since are overwritten, the file is
-/// flushed, and the two names are exchanged in one step. A copy is only overwritten when no crash can
-/// bring its name back (the folder was flushed since the exchange) and when nobody has it open any
-/// more (a write lease is granted), so that a reader who opened the manifest earlier never sees a
-/// mixture. One flush of the folder frees all copies for overwriting: it is needed once in as many
-/// writes as there are copies, not more often. More than two are only made where the disk has room for
-/// them beside all that the plan still has to copy. Where the file system knows no exchange or no
-/// leases, a complete new file replaces the manifest instead. The copies are removed on destruction.
+/// name, and so it does after a power cut; each write adds 1 to `revision`. A change of one record is
+/// written into an older copy (see ManifestCopies); more than two of those are only made where the disk
+/// has room for them beside all that the plan still has to copy. Where the file system knows no exchange
+/// of names or no leases, a complete new file replaces the manifest instead. One thread uses it at a time.
 class ManifestWriter {
 public:
+    /// A record as it will stand in the manifest.
+    struct Change {
+        std::size_t index;
+        ProjectFileRecord record;
+    };
+
     /// `root`: the project folder's descriptor; must outlive this object.
-    explicit ManifestWriter(int root) : root_(root) {}
+    explicit ManifestWriter(int root) : copies_(root) {}
     ~ManifestWriter();
     ManifestWriter(const ManifestWriter&) = delete;
     ManifestWriter& operator=(const ManifestWriter&) = delete;
@@ -45,40 +43,35 @@ public:
     void persist(ProjectManifest& manifest, std::optional<std::size_t> changed,
                  const std::function<void()>& beforePublishing = {});
 
+    /// Begins the next writes ahead of time: those in which, one after the other, these records change.
+    /// Older copies are brought up to date and flushed on another thread; nothing is published. When the
+    /// writes come as foretold, persist() has nothing left to wait for; otherwise this was in vain. Does
+    /// nothing where it would have to wait, and never fails.
+    void prepare(const ProjectManifest& manifest, const std::vector<Change>& changes);
+
 private:
-    struct Copy {
-        std::string name;
-        UniqueFd file;
-        std::vector<ManifestText::Range> behind;  ///< what changed since this copy was the manifest
-        /// The exchange that took the manifest's name from it; 0: it never had the name.
-        std::uint64_t leftAt = 0;
+    struct Prepared {
+        Change change;
+        std::int64_t revision;
+        std::int64_t updatedAt;
+        ManifestCopies::Copy copy;
     };
 
-    void checkTarget() const;
-    bool isStillCurrent() const;
-    Copy makeCopy() const;
+    bool prepareOne(const ProjectManifest& manifest, const Change& change);
+    bool isForetold(const ProjectManifest& manifest, std::optional<std::size_t> changed) const;
+    void publishPrepared(ProjectManifest& manifest, const std::function<void()>& beforePublishing);
+    void dropPrepared(const ProjectManifest& manifest);
+    void removePrepared();
+    bool setRecord(std::size_t index, const ProjectFileRecord& record);
+    ManifestCopies::Copy nextCopy(const ProjectManifest& manifest);
     bool wantsAnotherSpare(const ProjectManifest& manifest) const;
-    Copy takeCopy(const ProjectManifest& manifest);
-    void update(Copy& copy) const;
-    bool isRetired(const Copy& copy) const { return copy.leftAt <= flushedUpTo_; }
-    void beginRetiring();
-    void endRetiring();
     void replace(const std::function<void()>& beforePublishing);
-    void exchange(const ProjectManifest& manifest, const std::function<void()>& beforePublishing);
-    void remove(const Copy& copy) const;
-    void removeCopies();
 
-    int root_;
-    std::optional<ManifestText> text_;
-    std::optional<Copy> current_;
-    std::deque<Copy> spares_;  ///< oldest first
-    std::size_t mostSpares_ = 4;
-    bool canExchange_ = true;
-
-    std::uint64_t exchanges_ = 0;
-    std::uint64_t flushedUpTo_ = 0;            ///< no crash undoes the exchanges up to this one
-    std::optional<std::uint64_t> flushingTo_;  ///< what the flush in progress will make durable
-    SideTask folderFlush_;
+    ManifestCopies copies_;
+    std::optional<ManifestText> text_;  ///< of the last write, or of the last prepared one
+    std::size_t mostSpares_ = ManifestCopies::mostSpares;
+    std::deque<Prepared> prepared_;  ///< in the order of their writes
+    SideTask preparing_;
 };
 
 }  // namespace morvane

@@ -130,30 +130,31 @@ void appendRecord(std::string& out, std::size_t indent, const ProjectFileRecord&
 }
 
 /// A record as it stands in the list, followed by "," unless it is the last one.
-std::string recordField(const ProjectManifest& manifest, std::size_t index) {
+/// Record `index` of `count` as it stands in the list.
+std::string recordField(const ProjectFileRecord& record, std::size_t index, std::size_t count) {
     std::string field;
-    appendRecord(field, 4, manifest.files[index]);
-    if (index + 1 < manifest.files.size())
+    appendRecord(field, 4, record);
+    if (index + 1 < count)
         field.push_back(',');
     return field;
 }
 
-std::size_t fieldWidth(const ProjectManifest& manifest, std::size_t index) {
-    const ProjectFileRecord& record = manifest.files[index];
+/// Room for what the record is now, and for its verified form.
+std::size_t fieldWidth(const ProjectFileRecord& record, std::size_t widthNow) {
     std::string verified;
     appendRecord(
         verified, 4,
         {record.itemID, ProjectFileState::verified, std::string(digestCharacters, '0'), std::nullopt});
-    return std::max(verified.size() + 1, recordField(manifest, index).size());
+    return std::max(verified.size() + 1, widthNow);
 }
 
 /// "revision" to "updatedAt", always of the same length.
-std::string headField(const ProjectManifest& manifest) {
-    const std::string revision = std::to_string(manifest.revision);
+std::string headField(std::int64_t revisionNumber, std::int64_t schemaVersion, std::int64_t updatedAt) {
+    const std::string revision = std::to_string(revisionNumber);
     std::string field = "  \"revision\" : " + revision + ",";
     field.append(revisionWidth - std::min(revision.size(), revisionWidth), ' ');
-    field.append("\n  \"schemaVersion\" : ").append(std::to_string(manifest.schemaVersion));
-    field.append(",\n  \"updatedAt\" : \"").append(dateText(manifest.updatedAt)).append("\",");
+    field.append("\n  \"schemaVersion\" : ").append(std::to_string(schemaVersion));
+    field.append(",\n  \"updatedAt\" : \"").append(dateText(updatedAt)).append("\",");
     return field;
 }
 
@@ -316,7 +317,7 @@ ProjectManifest decodeManifest(std::string_view text) {
     return manifest;
 }
 
-ManifestText::ManifestText(const ProjectManifest& manifest) {
+ManifestText::ManifestText(const ProjectManifest& manifest) : schemaVersion_(manifest.schemaVersion) {
     records_.reserve(manifest.files.size());
     text_ = "{\n";
     if (manifest.fcpxmlFilename) {
@@ -327,14 +328,15 @@ ManifestText::ManifestText(const ProjectManifest& manifest) {
     text_.append("  \"files\" : [");
     for (std::size_t index = 0; index < manifest.files.size(); ++index) {
         text_.append("\n    ");
-        const std::size_t width = fieldWidth(manifest, index);
-        records_.push_back({text_.size(), width});
-        text_.append(recordField(manifest, index)).resize(records_.back().offset + width, ' ');
+        const ProjectFileRecord& record = manifest.files[index];
+        const std::string field = recordField(record, index, manifest.files.size());
+        records_.push_back({text_.size(), fieldWidth(record, field.size())});
+        text_.append(field).resize(records_.back().offset + records_.back().count, ' ');
     }
     text_.append(manifest.files.empty() ? "],\n  \"plan\" : " : "\n  ],\n  \"plan\" : ");
     appendPlan(text_, 2, manifest.plan);
     text_.append(",\n");
-    const std::string head = headField(manifest);
+    const std::string head = headField(manifest.revision, schemaVersion_, manifest.updatedAt);
     head_ = {text_.size(), head.size()};
     text_.append(head).append("\n  \"warnings\" : [");
     for (std::size_t index = 0; index < manifest.warnings.size(); ++index) {
@@ -344,17 +346,18 @@ ManifestText::ManifestText(const ProjectManifest& manifest) {
     text_.append(manifest.warnings.empty() ? "]\n}\n" : "\n  ]\n}\n");
 }
 
-bool ManifestText::update(const ProjectManifest& manifest, std::optional<std::size_t> changed) {
-    if (changed) {
-        std::string field = recordField(manifest, *changed);
-        const Range range = records_[*changed];
-        if (field.size() > range.count)
-            return false;
-        field.resize(range.count, ' ');
-        text_.replace(range.offset, range.count, field);
-    }
-    text_.replace(head_.offset, head_.count, headField(manifest));
+bool ManifestText::setRecord(std::size_t index, const ProjectFileRecord& record) {
+    std::string field = recordField(record, index, records_.size());
+    const Range range = records_[index];
+    if (field.size() > range.count)
+        return false;
+    field.resize(range.count, ' ');
+    text_.replace(range.offset, range.count, field);
     return true;
+}
+
+void ManifestText::setHead(std::int64_t revision, std::int64_t updatedAt) {
+    text_.replace(head_.offset, head_.count, headField(revision, schemaVersion_, updatedAt));
 }
 
 }  // namespace morvane

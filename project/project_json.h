@@ -35,14 +35,17 @@ public:
     explicit ManifestText(const ProjectManifest& manifest);
 
     const std::string& text() const { return text_; }
-    /// Brings record `changed` (none when absent), `revision` and `updatedAt` up to date in place;
-    /// false (and nothing changed) when the record needs more room than its field has.
-    bool update(const ProjectManifest& manifest, std::optional<std::size_t> changed);
+    /// Brings record `index` up to date in place; false (and nothing changed) when it needs more room
+    /// than its field has.
+    bool setRecord(std::size_t index, const ProjectFileRecord& record);
+    /// Brings `revision` and `updatedAt` up to date in place.
+    void setHead(std::int64_t revision, std::int64_t updatedAt);
     /// Where record `index` stands, and where "revision" to "updatedAt" stand.
     Range record(std::size_t index) const { return records_[index]; }
     Range head() const { return head_; }
 
 private:
+    std::int64_t schemaVersion_;
     std::string text_;
     std::vector<Range> records_;
     Range head_{};

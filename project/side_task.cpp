@@ -29,6 +29,11 @@ void SideTask::start(std::function<void()> task) {
     });
 }
 
+bool SideTask::isRunning() const {
+    const std::scoped_lock guard(lock_);
+    return isRunning_;
+}
+
 void SideTask::wait() {
     waitForEnd();
     if (error_)

@@ -23,6 +23,8 @@ public:
 
     /// Begins `task`; what it uses must last until wait() has returned. Only after wait(), or at first.
     void start(std::function<void()> task);
+    /// Whether the task begun last is still going on.
+    bool isRunning() const;
     /// Blocks until the task begun last has ended, and throws what it threw (once). Returns at once
     /// where none was begun.
     void wait();
@@ -30,7 +32,7 @@ public:
 private:
     void waitForEnd();
 
-    std::mutex lock_;
+    mutable std::mutex lock_;
     std::condition_variable ended_;
     // Guarded by lock_.
     bool isRunning_ = false;

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cmath>
 
-#include "platform/exclusive_rename.h"
 #include "project/file_hash.h"
 #include "project/folder_sync.h"
 #include "project/project_errors.h"
@@ -159,7 +158,7 @@ void VerifiedCopier::State::verify(TemporaryFile& temporary, const std::string& 
 }
 
 std::string VerifiedCopier::copy(const ProjectPlanItem& item, const FileUrl& root,
-                                 const ByteProgress& byteProgress) {
+                                 const ByteProgress& byteProgress, const Written& written) {
     if (!safeRelative(item.relativeDestination))
         failWith(project_text::unsafeDestination);
     state_->folderFlush.wait();
@@ -170,6 +169,8 @@ std::string VerifiedCopier::copy(const ProjectPlanItem& item, const FileUrl& roo
         failWith(project_text::cannotMakeTemporary);
     ByteCount total(byteProgress);
     std::string digest = state_->stream(source, temporary.writer(), total);
+    if (written)
+        written(digest);
     temporary.flushAndClose();
     refuseChangedSource(source, total.total());
     if (item.sourceHash && *item.sourceHash != digest)

@@ -26,6 +26,9 @@ public:
     /// Bytes of this file copied so far (cumulative), as ByteCount tells them; on the calling thread.
     using ByteProgress = std::function<void(std::int64_t)>;
 
+    /// The digest of what was copied, when all of it is written but neither flushed nor verified.
+    using Written = std::function<void(const std::string& digest)>;
+
     explicit VerifiedCopier(JobContext& context);
     ~VerifiedCopier();
 
@@ -47,7 +50,8 @@ public:
     ///
     /// Throws ProjectCoreError (messages in described order, or its cancelled case) or
     /// std::system_error for failed reads, writes, flushes and closes.
-    std::string copy(const ProjectPlanItem& item, const FileUrl& root, const ByteProgress& byteProgress);
+    std::string copy(const ProjectPlanItem& item, const FileUrl& root, const ByteProgress& byteProgress,
+                     const Written& written = {});
     /// Returns once the copy made last survives a power cut, its name included. Throws
     /// std::system_error where its folder could not be flushed. To be called before the copy counts.
     void waitUntilDurable();

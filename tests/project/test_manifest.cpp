@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
+#include <random>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -29,6 +30,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
+
+using enum ProjectFileState;
 
 /// A finished project "P" of two files.
 class ReadManifest : public testing::Test {
@@ -300,6 +303,57 @@ TEST_F(WriteManifest, WhatTurnsOutUntrueIsNotPublished) {
     EXPECT_EQ(manifest.revision, 25);
 }
 
+TEST_F(WriteManifest, WritesBegunAheadArePublishedOneByOne) {
+    ManifestWriter writer(root.get());
+    writer.persist(manifest);
+    for (std::size_t index = 0; index + 1 < 50; ++index) {
+        const ProjectManifest before = onDisk();
+        ProjectFileRecord done{manifest.files[index].itemID, verified, std::string(64, 'b'), {}};
+        ProjectFileRecord next{manifest.files[index + 1].itemID, copying, {}, {}};
+        writer.prepare(manifest, {{index, done}, {index + 1, next}});
+        EXPECT_EQ(onDisk(), before) << "nothing is published ahead";
+        manifest.files[index] = done;
+        writer.persist(manifest, index, [&] { EXPECT_EQ(onDisk(), before); });
+        EXPECT_EQ(onDisk(), manifest);
+        manifest.files[index + 1] = next;
+        writer.persist(manifest, index + 1);
+        EXPECT_EQ(onDisk(), manifest);
+    }
+    EXPECT_EQ(manifest.revision, 99);
+}
+
+TEST_F(WriteManifest, WhatWasForetoldAndDoesNotComeLeavesNoTrace) {
+    ManifestWriter writer(root.get());
+    writer.persist(manifest);
+    std::mt19937 random(7);
+    const auto someIndex = [&] { return random() % manifest.files.size(); };
+    const std::vector<ProjectFileState> states = {pending, copying, verified, failed, cancelled};
+    for (int round = 0; round < 300; ++round) {
+        const std::size_t first = someIndex();
+        const std::size_t second = someIndex();
+        ProjectFileRecord foretold = manifest.files[first];
+        foretold.state = verified;
+        foretold.sha256 = std::string(64, 'c');
+        writer.prepare(manifest,
+                       {{first, foretold}, {second, {manifest.files[second].itemID, copying, {}, {}}}});
+        if (random() % 2 == 0) {
+            manifest.files[first] = foretold;
+            writer.persist(manifest, first);
+            EXPECT_EQ(onDisk(), manifest);
+        }
+        const std::size_t other = random() % 3 == 0 ? second : someIndex();
+        manifest.files[other].state = states[random() % states.size()];
+        if (random() % 10 == 0)
+            manifest.files[other].error = std::string(random() % 400, 'e');
+        if (random() % 20 == 0)
+            writer.persist(manifest);
+        else
+            writer.persist(manifest, other);
+        EXPECT_EQ(onDisk(), manifest);
+        EXPECT_LE(listTree(folder.path()).size(), 5U);
+    }
+}
+
 TEST_F(WriteManifest, NothingIsLeftBehind) {
     {
         ManifestWriter writer(root.get());
@@ -307,6 +361,7 @@ TEST_F(WriteManifest, NothingIsLeftBehind) {
         for (std::size_t index = 0; index < 10; ++index)
             verify(writer, index);
         EXPECT_EQ(listTree(folder.path()).size(), 5U) << "the manifest and four older copies";
+        writer.prepare(manifest, {{11, {manifest.files[11].itemID, verified, {}, {}}}});
     }
     EXPECT_THAT(listTree(folder.path()), ElementsAre(std::string(manifestFilename)));
     struct stat status {};

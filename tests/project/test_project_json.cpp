@@ -179,15 +179,18 @@ TEST(ManifestText, RecordsChangeInPlace) {
             manifest.files[1].sha256 = std::string(64, 'c');
         ++manifest.revision;
         manifest.updatedAt += 61;
-        ASSERT_TRUE(text.update(manifest, 1));
+        ASSERT_TRUE(text.setRecord(1, manifest.files[1]));
+        text.setHead(manifest.revision, manifest.updatedAt);
         EXPECT_EQ(text.text().size(), size);
         EXPECT_EQ(decodeManifest(text.text()), manifest);
     }
     manifest.revision = 9'223'372'036'854'775'807;
-    ASSERT_TRUE(text.update(manifest, std::nullopt));
+    text.setHead(manifest.revision, manifest.updatedAt);
     EXPECT_EQ(decodeManifest(text.text()), manifest);
     manifest.files[0].error = std::string(1000, 'x');
-    EXPECT_FALSE(text.update(manifest, 0));
+    const std::string before = text.text();
+    EXPECT_FALSE(text.setRecord(0, manifest.files[0]));
+    EXPECT_EQ(text.text(), before);
 }
 
 TEST(ManifestText, TheExpectedSizeIsTheVerifiedOne) {
