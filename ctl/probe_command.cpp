@@ -28,7 +28,7 @@ struct ProbedFile {
 ProbedFile probeFile(MediaClient& client, const std::string& path) {
     if (!isSupportedMedia(path))
         return {path, std::nullopt, "交接文件不支持此扩展名"};
-    const auto result = client.probe(absolutePath(path), {.cancelled = stopRequested});
+    const auto result = client.probe(locatedPath(path), {.cancelled = stopRequested});
     if (result.outcome == MediaOutcome::Cancelled)
         throw StoppedError();
     return {path, result.value, result.reason};

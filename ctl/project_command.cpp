@@ -45,7 +45,7 @@ bool isFolder(const std::string& path) {
 }
 
 FileUrl location(const std::string& typed) {
-    const std::string path = absolutePath(typed);
+    const std::string path = locatedPath(typed);
     return isFolder(path) ? folderLocation(path) : fileLocation(path);
 }
 
@@ -74,7 +74,7 @@ ProjectRequest makeRequest(const ProjectArguments& arguments) {
         throw UsageError("--size 需要 宽x高，例如 1920x1080。");
     ProjectRequest request;
     request.name = arguments.name;
-    request.parentURL = folderLocation(absolutePath(arguments.parent));
+    request.parentURL = folderLocation(locatedPath(arguments.parent));
     for (const std::string& source : arguments.sources)
         request.sources.push_back(location(source));
     request.createFCP = !arguments.withoutFcp;
@@ -154,7 +154,7 @@ ExitStatus create(const ProjectArguments& arguments) {
 }
 
 ExitStatus resume(const ProjectArguments& arguments) {
-    const FileUrl manifest = fileLocation(absolutePath(arguments.manifest));
+    const FileUrl manifest = fileLocation(locatedPath(arguments.manifest));
     const SleepInhibitor awake("正在继续整理拍摄项目");
     return report(arguments, runJob(arguments, [&](JobContext& context) {
                       return retrySynchronously(context, manifest);
@@ -162,7 +162,7 @@ ExitStatus resume(const ProjectArguments& arguments) {
 }
 
 ExitStatus verify(const ProjectArguments& arguments) {
-    const FileUrl manifest = fileLocation(absolutePath(arguments.manifest));
+    const FileUrl manifest = fileLocation(locatedPath(arguments.manifest));
     const VerifyReport found =
         runJob(arguments, [&](JobContext& context) { return verifyProject(context, manifest); });
     if (arguments.json) {
@@ -183,7 +183,7 @@ using Command = ExitStatus (*)(const ProjectArguments&);
 std::function<void()> choose(Session& session, std::shared_ptr<ProjectArguments> arguments, Command command) {
     return [&session, arguments, command] {
         session.action = [&session, arguments, command] {
-            arguments->store = session.storeFolder();
+            arguments->store = session.givenStoreFolder();
             return command(*arguments);
         };
     };

@@ -18,7 +18,7 @@ StoppedError::StoppedError() : std::runtime_error("已停止。") {}
 StoppedError::StoppedError(const char* text) : std::runtime_error(text) {}
 
 std::string Session::storeFolder() const {
-    std::string folder = store.empty() ? morvane::storeFolder({}) : absolutePath(store);
+    std::string folder = store.empty() ? morvane::storeFolder({}) : givenStoreFolder();
     createStoreFolder(folder);
     return folder;
 }
@@ -37,6 +37,17 @@ void printLine(std::string_view text) {
 
 void printError(std::string_view text) {
     std::cerr << "morvanectl: " << withoutControls(text) << '\n';
+}
+
+std::string locatedPath(const std::string& path) {
+    if (path.empty() || path.starts_with('/'))
+        return path;
+    // "./" in front would only make messages longer.
+    std::string_view rest = path;
+    while (rest.starts_with("./"))
+        rest.remove_prefix(2);
+    const std::string here = std::filesystem::current_path().native();
+    return rest.empty() || rest == "." ? here : joinPath(here, rest);
 }
 
 std::string absolutePath(const std::string& path) {

@@ -23,6 +23,10 @@ enum class ExitStatus : int {
     Stopped = 130     ///< SIGINT or SIGTERM
 };
 
+/// `path` as the system resolves it from the current folder, made absolute: ".." behind a link leads out of
+/// the folder the link names. An empty path stays empty: it names nothing.
+std::string locatedPath(const std::string& path);
+
 /// Filled while the arguments are read; the chosen command runs afterwards.
 struct Session {
     std::string store;                   ///< --store as given; empty for the user's own store
@@ -30,6 +34,8 @@ struct Session {
 
     /// The store folder in use, created when it is missing (failures show up later, on use).
     std::string storeFolder() const;
+    /// The folder --store names, not touched; empty for the user's own store.
+    std::string givenStoreFolder() const { return locatedPath(store); }
 };
 
 /// An argument that no rule of the parser catches; ends with ExitStatus::WrongUsage.

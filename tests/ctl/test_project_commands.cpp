@@ -74,6 +74,24 @@ TEST_F(ProjectCommands, PlanShowsEveryFileAndCreatesNothing) {
     EXPECT_EQ(text.errors, "");
 }
 
+TEST_F(ProjectCommands, AStepUpBehindALinkLeadsOutOfTheFolderItNames) {
+    test::makeTree(folder_ / "real", {{"a/inner/", ""}, {"a/s.mov", "right"}, {"s.mov", "wrong"}});
+    std::filesystem::create_directory_symlink("a/inner", folder_ / "real/l");
+    const json plan = runJson({"project", "plan", "--name", "N", "--into", folder_ / "real/l/..", "--no-fcp",
+                               folder_ / "real/l/../s.mov"});
+    EXPECT_EQ(plan["rootURL"], "file://" + (folder_ / "real/a/N/"));
+    ASSERT_EQ(plan["items"].size(), 1U);
+    EXPECT_EQ(plan["items"][0]["sourceURL"], "file://" + (folder_ / "real/a/s.mov"));
+}
+
+TEST_F(ProjectCommands, TheStoreFolderIsNotMade) {
+    auto arguments = request("create", "N");
+    arguments.insert(arguments.begin(), {"--store", folder_ / "store"});
+    EXPECT_EQ(run(arguments).status, 0);
+    EXPECT_EQ(run({"--store", folder_ / "store", "project", "verify", manifest("N")}).status, 0);
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "store"));
+}
+
 TEST_F(ProjectCommands, OptionsReachTheRequest) {
     auto arguments = request("plan", "N");
     arguments.insert(arguments.end(), {"--frame-rate", "50", "--size", "1080x1920"});
