@@ -1,5 +1,6 @@
 #include "project/dtd_validation.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -15,6 +16,9 @@ namespace morvane {
 namespace {
 
 constexpr const char* validator = "/usr/bin/xmllint";
+/// Bytes of its errors that are told: a definition that refuses everything has something to say about
+/// every clip, and a manifest has to stay readable.
+constexpr std::size_t longestErrorText = 65'536;
 
 }  // namespace
 
@@ -49,6 +53,8 @@ void validateAgainstDtd(const JobContext& context, const std::string& dtd, const
     }
     context.throwIfCancelled();
     if (outcome.exitStatus != 0) {
+        // A character cut in two at the end becomes a replacement character, too.
+        outcome.standardError.resize(std::min(outcome.standardError.size(), longestErrorText));
         const std::string text = withInvalidBytesReplaced(outcome.standardError, "\xef\xbf\xbd");
         failWith(project_text::dtdViolationPrefix, text.empty() ? project_text::unknownError : text);
     }

@@ -151,7 +151,7 @@ private:
     void processItem(std::size_t index);
     void checkVerified(std::size_t index);
     void adopt(std::size_t index);
-    void flushAdopted(std::size_t index) const;
+    void completeAdopted(std::size_t index, bool isOurs) const;
     void copyItem(std::size_t index);
     void prepareNextWrites(std::size_t index, const std::string& digest);
     void countAsDone(std::size_t index);
@@ -215,8 +215,8 @@ void Run::adopt(std::size_t index) {
     std::string digest = hasher_.hashFile(planned.sourceURL);
     if ((planned.sourceHash && *planned.sourceHash != digest) || hasher_.hashFile(finalFile(index)) != digest)
         failWith(project_text::destinationDiffers);
-    flushAdopted(index);
     ProjectFileRecord& record = manifest_.files[index];
+    completeAdopted(index, record.state == ProjectFileState::copying);
     record.state = ProjectFileState::verified;
     record.sha256 = std::move(digest);
     record.error.reset();
@@ -224,11 +224,15 @@ void Run::adopt(std::size_t index) {
     writer_.persist(manifest_, index);
 }
 
-/// The run that left this file may have died before it flushed the file, its name, or the folders made
-/// for it: what is recorded as verified has to survive a power cut.
-void Run::flushAdopted(std::size_t index) const {
+/// The run that left this file may have died before it gave the file its date and mode (`isOurs`: that run
+/// published it), or before it flushed the file, its name, or the folders made for it: what is recorded
+/// as verified has to survive a power cut.
+void Run::completeAdopted(std::size_t index, bool isOurs) const {
     const std::string file = finalFile(index).path;
-    if (::fsync(openRead(fileLocation(file)).get()) != 0)
+    const UniqueFd adopted = openRead(fileLocation(file));
+    if (isOurs)
+        setCopyAttributes(adopted.get(), item(index).modified);
+    if (::fsync(adopted.get()) != 0)
         throwErrno();
     for (std::string_view folder = parentPath(file); isAtOrBelow(folder, manifest_.plan.rootURL.path);
          folder = parentPath(folder)) {

@@ -1,18 +1,16 @@
 #include "project/fcpxml.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <array>
-#include <cerrno>
 #include <set>
+#include <system_error>
 #include <utility>
 
 #include "project/dtd_validation.h"
+#include "project/folder_sync.h"
 #include "project/project_errors.h"
 #include "project/project_template.h"
 #include "project/safe_paths.h"
+#include "project/temporary_file.h"
 #include "project/verified_copy.h"
 #include "support/path_text.h"
 #include "support/system_error.h"
@@ -196,45 +194,6 @@ void writeEvent(XmlText& xml, const EventPair& pair, const std::vector<Media>& m
     xml.close("collection-folder").raw(smartCollections).close("event").lineBreak();
 }
 
-/// A new file that is removed again unless it is kept.
-class UnpublishedFile {
-public:
-    /// `folder` must outlive this object.
-    UnpublishedFile(const UniqueFd& folder, std::string name) : folder_(folder), name_(std::move(name)) {
-        file_.reset(::openat(folder_.get(), name_.c_str(),
-                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
-        if (!file_)
-            throwErrno();
-    }
-    ~UnpublishedFile() {
-        if (!isKept_)
-            ::unlinkat(folder_.get(), name_.c_str(), 0);
-    }
-    UnpublishedFile(const UnpublishedFile&) = delete;
-    UnpublishedFile& operator=(const UnpublishedFile&) = delete;
-
-    /// Writes everything, flushes and closes. Throws std::system_error.
-    void write(std::string_view bytes) {
-        while (!bytes.empty()) {
-            const ssize_t written = ::write(file_.get(), bytes.data(), bytes.size());
-            if (written < 0 && errno == EINTR)
-                continue;
-            if (written < 0)
-                throwErrno();
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-        }
-        if (::fsync(file_.get()) != 0 || ::close(file_.release()) != 0)
-            throwErrno();
-    }
-    void keep() { isKept_ = true; }
-
-private:
-    const UniqueFd& folder_;
-    const std::string name_;
-    UniqueFd file_;
-    bool isKept_ = false;
-};
-
 std::vector<Media> probedMedia(const JobContext& context, const FileUrl& root, ProjectManifest& manifest) {
     MediaClient client;
     std::vector<Media> media;
@@ -309,13 +268,20 @@ FileUrl makeXML(JobContext& context, const FileUrl& root, ProjectManifest& manif
     const UniqueFd opened = ensureDirectory(folder, root);
     FileUrl location = folder.appending("MORVANE整理导入-" + newUuid() + ".fcpxml", false);
     try {
-        UnpublishedFile file(opened, location.lastComponent());
-        file.write(fcpxmlDocument(root, manifest.plan.request, media));
+        // Under a temporary name until it is valid: also a run that is killed leaves no other behind.
+        TemporaryFile file(opened.get(), 0644);
+        if (!file)
+            throwErrno();
+        const std::string document = fcpxmlDocument(root, manifest.plan.request, media);
+        writeAll(file.writer(), document.data(), document.size());
+        file.flushAndClose();
         const auto dtd = findDtd(context);
         if (!dtd)
             failWith(project_text::dtdMissing);
-        validateAgainstDtd(context, *dtd, location.path);
-        file.keep();
+        validateAgainstDtd(context, *dtd, folder.appending(file.name(), false).path);
+        if (const int error = file.publish(location.lastComponent()); error != 0)
+            throwError(error);
+        syncFolder(opened.get());
     } catch (const std::system_error& error) {
         failWith(project_text::cannotWriteHandOffPrefix, error.what());
     }

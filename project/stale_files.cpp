@@ -10,6 +10,7 @@
 #include <unordered_set>
 
 #include "project/folder_names.h"
+#include "project/project_template.h"
 #include "project/safe_open.h"
 #include "project/temporary_file.h"
 #include "support/path_text.h"
@@ -37,7 +38,7 @@ void removeFrom(const std::string& folderPath, std::string_view relativeFolder,
 
 void removeStaleFiles(const ProjectPlan& plan) {
     std::unordered_set<std::string_view> planned;
-    std::set<std::string_view> folders{""};
+    std::set<std::string_view> folders{"", templateFolders[0]};  // of the manifest and of the hand-off
     for (const auto& item : plan.items) {
         planned.insert(item.relativeDestination);
         folders.insert(parentPath(item.relativeDestination));

@@ -87,16 +87,6 @@ void refuseChangedSource(const Source& source, std::int64_t bytesRead) {
         failWith(project_text::sourceChangedWhileCopying);
 }
 
-/// Date and mode of a published copy; a failure is ignored, the copy stands.
-void setAttributes(int file, double modified) {
-    const double whole = std::floor(modified);
-    const std::timespec date{static_cast<std::time_t>(whole),
-                             std::min(std::lround((modified - whole) * 1e9), 999'999'999L)};
-    const std::timespec times[2] = {{0, UTIME_OMIT}, date};
-    static_cast<void>(::futimens(file, times));
-    static_cast<void>(::fchmod(file, 0644));
-}
-
 }  // namespace
 
 UniqueFd ensureDirectory(const FileUrl& directory, const FileUrl& root) {
@@ -111,6 +101,15 @@ UniqueFd ensureDirectory(const FileUrl& directory, const FileUrl& root) {
     for (const auto piece : pieces)
         folder = openOrMake(folder, std::string(piece));
     return folder;
+}
+
+void setCopyAttributes(int file, double modified) {
+    const double whole = std::floor(modified);
+    const std::timespec date{static_cast<std::time_t>(whole),
+                             std::min(std::lround((modified - whole) * 1e9), 999'999'999L)};
+    const std::timespec times[2] = {{0, UTIME_OMIT}, date};
+    static_cast<void>(::futimens(file, times));
+    static_cast<void>(::fchmod(file, 0644));
 }
 
 struct VerifiedCopier::State {
@@ -179,7 +178,7 @@ std::string VerifiedCopier::copy(const ProjectPlanItem& item, const FileUrl& roo
     state_->context.throwIfCancelled();
     if (temporary.publish(destination.name) != 0)
         failWith(project_text::cannotCommit);
-    setAttributes(temporary.reader(), item.modified);
+    setCopyAttributes(temporary.reader(), item.modified);
     state_->folder = std::move(destination.folder);
     state_->folderFlush.start([folder = state_->folder.get()] { syncFolder(folder); });
     return digest;

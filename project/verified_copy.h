@@ -19,6 +19,10 @@ namespace morvane {
 /// cannotMakeFolderPrefix + system text).
 UniqueFd ensureDirectory(const FileUrl& directory, const FileUrl& root);
 
+/// Gives a published copy its source's date (seconds since 1970) and mode 0644. What fails is passed
+/// over: the copy stands.
+void setCopyAttributes(int file, double modified);
+
 /// Copies files one after the other, keeping its buffers, digests and its second thread between
 /// them. One thread uses it at a time.
 class VerifiedCopier {

@@ -12,7 +12,11 @@ std::string systemErrorText(int error) {
 }
 
 void throwErrno() {
-    throw std::system_error(errno, std::generic_category());
+    throwError(errno);
+}
+
+void throwError(int error) {
+    throw std::system_error(error, std::generic_category());
 }
 
 }  // namespace morvane

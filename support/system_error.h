@@ -10,5 +10,7 @@ namespace morvane {
 std::string systemErrorText(int error);
 /// std::system_error for the current errno, what() being the system's text alone.
 [[noreturn]] void throwErrno();
+/// The same for `error`, an errno value.
+[[noreturn]] void throwError(int error);
 
 }  // namespace morvane

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ptrace.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -87,6 +88,10 @@ protected:
                                     {"d/inner/c.wav", someBytes(70'000)},
                                     {"d/e.txt", ""},
                                     {"d/f.mov", "another"}});
+        // Old enough to tell a copy's own date from the source's.
+        const timespec past[2] = {{1'500'000'000, 0}, {1'500'000'000, 0}};
+        for (const char* name : {"d/a.mov", "d/b.mov", "d/inner/c.wav", "d/e.txt", "d/f.mov"})
+            EXPECT_EQ(::utimensat(AT_FDCWD, place.source(name).c_str(), past, 0), 0);
         plan = place.plan("P", {"d/"});
     }
 
@@ -121,6 +126,13 @@ protected:
         EXPECT_EQ(result.copiedCount, static_cast<std::int64_t>(plan.items.size()));
         EXPECT_EQ(result.failedCount, 0);
         expectSound();
+        for (const auto& item : plan.items) {
+            struct stat copy {};
+            ASSERT_EQ(::stat(copyOf(item).c_str(), &copy), 0);
+            EXPECT_EQ(copy.st_mode & 0777, 0644U) << item.relativeDestination;
+            EXPECT_NEAR(static_cast<double>(copy.st_mtim.tv_sec), item.modified, 1)
+                << item.relativeDestination;
+        }
         for (const auto& path : listTree(root()))
             EXPECT_FALSE(isTemporaryName(std::filesystem::path(path).filename().string())) << path;
     }

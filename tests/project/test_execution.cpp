@@ -398,7 +398,7 @@ TEST_F(Execution, TemporaryFilesOfADeadRunAreRemoved) {
     const std::string kept = "07_文案与资料/old/inner/.morvane-3F2504E0-4F89-11D3-9A0C-0305E82C3301.partial";
     EXPECT_EQ(readAll(root() + "/" + kept), "from a card");
     const std::string stale = temporaryName();
-    for (const char* folder : {"", "02_原始素材/", "07_文案与资料/old/inner/"})
+    for (const char* folder : {"", "01_项目工程/", "02_原始素材/", "07_文案与资料/old/inner/"})
         writeFile(root() + "/" + folder + stale, "half");
     writeFile(root() + "/02_原始素材/.morvane-mine.partial", "not ours");
     writeFile(root() + "/05_网络素材/" + stale, "where no run of this plan writes");
@@ -406,7 +406,7 @@ TEST_F(Execution, TemporaryFilesOfADeadRunAreRemoved) {
     const std::string link = temporaryName();
     std::filesystem::create_symlink(place.path("outside"), root() + "/02_原始素材/" + link);
     EXPECT_EQ(retry().copiedCount, 2);
-    for (const char* folder : {"", "02_原始素材/", "07_文案与资料/old/inner/"})
+    for (const char* folder : {"", "01_项目工程/", "02_原始素材/", "07_文案与资料/old/inner/"})
         EXPECT_FALSE(std::filesystem::exists(root() + "/" + folder + stale)) << folder;
     EXPECT_EQ(readAll(root() + "/" + kept), "from a card");
     EXPECT_TRUE(std::filesystem::exists(root() + "/02_原始素材/.morvane-mine.partial"));

@@ -12,6 +12,7 @@
 #include "project/dtd_validation.h"
 #include "project/fcpxml.h"
 #include "project/project_errors.h"
+#include "project/temporary_file.h"
 #include "support/uuid.h"
 #include "tests/media_maker.h"
 #include "tests/test_support.h"
@@ -337,6 +338,7 @@ TEST_F(HandOff, AStopDuringValidationRemovesTheFile) {
     std::thread canceller([this] {
         while (published().empty())
             std::this_thread::yield();
+        EXPECT_TRUE(isTemporaryName(published().front())) << "no final name before it is valid";
         isCancelled_ = true;
     });
     EXPECT_EQ(failure(), "cancelled");
