@@ -3,11 +3,13 @@
 Controls are found by role and accessible name, used with real key and mouse events. Nothing waits a
 fixed time: wait_until polls a condition until it holds or its deadline fails the test.
 """
+import itertools
 import json
 import os
 import pathlib
 import shutil
 import subprocess
+import sys
 import tempfile
 import threading
 import time
@@ -180,6 +182,20 @@ class Program:
     def click_at(self, x, y, button=1):
         run("xdotool", "mousemove", str(x), str(y), "click", str(button))
 
+    def drag(self, start, end, arrived):
+        """Presses at `start`, moves to `end` and about it until `arrived()`, then lets go."""
+        run("xdotool", "mousemove", *map(str, start), "mousedown", "1")
+        for step in (10, 20, 40):
+            run("xdotool", "mousemove", str(start[0] + step), str(start[1] + step // 4))
+        sides = itertools.cycle((-4, 4))
+
+        def moved_and_arrived():
+            run("xdotool", "mousemove", str(end[0] + next(sides)), str(end[1]))
+            return arrived()
+
+        wait_until(moved_and_arrived, f"the drag to arrive at {end}")
+        run("xdotool", "mouseup", "1")
+
     def type(self, text):
         run("xdotool", "type", "--delay", "5", text)
 
@@ -190,6 +206,37 @@ class Program:
         if self.process.poll() is None:
             self.process.kill()
         self.process.wait()
+
+
+class Neighbour:
+    """Another program on the same desktop, a script beside this one, and the lines it prints."""
+
+    def __init__(self, script):
+        self.script = pathlib.Path(__file__).with_name(script)
+        self.lines = []
+
+    def __enter__(self):
+        self.process = subprocess.Popen([sys.executable, str(self.script)], stdout=subprocess.PIPE, text=True)
+        self.reader = threading.Thread(target=self._read)
+        self.reader.start()
+        return self
+
+    def _read(self):
+        for line in self.process.stdout:
+            self.lines.append(line.rstrip("\n"))
+
+    def window_id(self, title):
+        def found():
+            return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", title],
+                                  capture_output=True, text=True).stdout.split()
+
+        return wait_until(found, f"the window {title!r}")[0]
+
+    def __exit__(self, *_):
+        self.process.kill()
+        self.process.wait()
+        self.reader.join()
+        self.process.stdout.close()
 
 
 class Scratch:

@@ -9,8 +9,9 @@ for tool in Xvfb openbox xdotool xprop import ffmpeg dbus-run-session; do
         exit 77
     fi
 done
-if ! /usr/bin/python3 -c 'import gi; gi.require_version("Atspi", "2.0")' 2>/dev/null; then
-    echo "skipped: python3-gi or gir1.2-atspi-2.0 is not installed"
+if ! /usr/bin/python3 -c 'import gi; gi.require_version("Atspi", "2.0"); gi.require_version("Gtk", "3.0")' \
+    2>/dev/null; then
+    echo "skipped: python3-gi, gir1.2-atspi-2.0 or gir1.2-gtk-3.0 is not installed"
     exit 77
 fi
 unset WAYLAND_DISPLAY QT_QPA_PLATFORM

@@ -1,10 +1,11 @@
 """The library from an empty store to a renamed file: real media, real keys and mouse."""
 import json
+import pathlib
 import unittest
 
 import media
 from case import EndToEnd
-from desktop import run, wait_until
+from desktop import Neighbour, run, wait_until
 
 
 class Library(EndToEnd):
@@ -63,10 +64,34 @@ class Library(EndToEnd):
         wait_until(lambda: json.loads(self.ctl("search", "--json", "dusk"))[0]["path"] == str(renamed),
                    "the catalog to follow")
 
-    def choose_row(self, row):
-        """Clicks a row of the list: 28 for the header, 48 a row."""
+    def row_center(self, row):
+        """28 for the header, 48 a row."""
         box = self.program.wait_for("素材文件列表", "table").get_extents(0)
-        self.program.click_at(box.x + 120, box.y + 28 + 48 * row + 24)
+        return box.x + 120, box.y + 28 + 48 * row + 24
+
+    def choose_row(self, row):
+        self.program.click_at(*self.row_center(row))
+
+    def test_rows_are_dragged_into_another_program(self):
+        folder = self.make_media()
+        program = self.start()
+        run("xdotool", "windowsize", "--sync", program.window_id(), "1100", "700")
+        run("xdotool", "windowmove", program.window_id(), "0", "0")
+        self.add_folder(folder)
+        program.wait_for_text("5 项")
+        with Neighbour("drop_target.py") as target:
+            run("xdotool", "windowmove", target.window_id("Drop target"), "1150", "300")
+            self.choose_row(0)
+            run("xdotool", "keydown", "shift")
+            self.choose_row(1)
+            run("xdotool", "keyup", "shift")
+            program.drag(self.row_center(1), (1300, 420), lambda: "over" in target.lines)
+            wait_until(lambda: target.lines[-1].startswith("action"), "the files to be dropped")
+        paths = [found["path"] for found in json.loads(self.ctl("search", "--json"))[:2]]
+        self.assertEqual([line for line in target.lines if line != "over"],
+                         [pathlib.Path(path).as_uri() for path in paths] + ["action copy"])
+        for path in paths:
+            self.assertTrue(pathlib.Path(path).exists(), "the originals stay")
 
     def test_space_types_in_the_search_field(self):
         folder = self.make_media()
