@@ -11,7 +11,6 @@ namespace morvane {
 namespace {
 
 constexpr const char* recoveryNotice = "索引数据库未就绪，正在使用恢复副本：";
-constexpr const char* notSavedNotice = " · 索引保存失败，本次使用内存结果，请刷新重试";
 
 SharedAssets recoveryCopy(const std::string& path) {
     try {

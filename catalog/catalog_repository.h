@@ -14,6 +14,8 @@ namespace morvane {
 
 inline constexpr const char* catalogFilename = "catalog.sqlite";
 inline constexpr const char* legacyIndexFilename = "index.json";
+/// The notice after a list that is not in the catalog.
+inline constexpr const char* notSavedNotice = " · 索引保存失败，本次使用内存结果，请刷新重试";
 
 /// A list with its keys, and what went wrong on the way to or from the catalog (empty: nothing).
 struct LoadedLibrary {

@@ -19,6 +19,21 @@ RefreshedLibrary walked(const ScanRequest& request) {
     return library;
 }
 
+// Gives the offline folders of a walk what the catalog holds of them. While it cannot be read a save would
+// drop those rows for good: the refresh then ends as one that could not be saved.
+void takeKeptRows(CatalogRepository& catalog, const std::vector<std::string>& roots,
+                  RefreshedLibrary& library) {
+    if (library.scan.offlineRoots.empty())
+        return;
+    const LoadedLibrary known = catalog.load();
+    if (!known.notice.empty()) {
+        library.notice = notSavedNotice;
+        return;
+    }
+    library.scan.assets = withKeptRows(library.scan, roots, *known.assets);
+    library.keys = std::make_shared<const SearchKeys>(*library.scan.assets);
+}
+
 }  // namespace
 
 AfterLoad decideAfterLoad(const Settings& settings, std::size_t assetCount) {
@@ -62,6 +77,7 @@ void LibraryIndex::finishLoad(const LoadedLibrary& library) {
     assets_ = library.assets;
     keys_ = library.keys;
     catalogRecovery_ = !library.notice.empty();
+    catalogUnread_ = catalogRecovery_;
     scanSummary_ = loadSummaryText(settings_.roots.size(), assets_->size(),
                                    catalogRecovery_ ? CatalogState::Recovery : CatalogState::Normal);
     const QPointer<LibraryIndex> alive(this);
@@ -100,8 +116,12 @@ void LibraryIndex::refresh() {
 void LibraryIndex::saveRefresh(const std::vector<std::string>& roots, const RefreshedLibrary& library) {
     runAndDeliver(
         catalogQueue_, this,
-        [catalog = &catalog_, stop = stop_.get_token(), library = library]() mutable {
-            library.notice = catalog->save(*library.scan.assets, *library.keys, stop);
+        [catalog = &catalog_, roots, unread = catalogUnread_, stop = stop_.get_token(),
+         library = library]() mutable {
+            if (unread)
+                takeKeptRows(*catalog, roots, library);
+            if (library.notice.empty())
+                library.notice = catalog->save(*library.scan.assets, *library.keys, stop);
             return library;
         },
         [roots](LibraryIndex& index, Outcome<RefreshedLibrary>& outcome) {
@@ -120,6 +140,8 @@ void LibraryIndex::finishRefresh(const std::vector<std::string>& roots, const Re
     keys_ = library.keys;
     scanning_ = false;
     catalogRecovery_ = !report.saved;
+    if (report.saved || report.offline.empty())
+        catalogUnread_ = false;
     scanSummary_ = scanSummaryText(roots.size(), library.scan, library.notice);
     Q_EMIT refreshFinished(report);
 }

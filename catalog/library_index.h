@@ -29,6 +29,7 @@ AfterLoad decideAfterLoad(const Settings& settings, std::size_t assetCount);
 
 /// A refresh, synchronously: walk, keys, save. Throws ScanStopped. The window runs its two halves on two
 /// queues; the command line calls this. Stopped while it saves, it leaves the catalog as it was.
+/// `request.previous` is what the catalog holds: rows of offline folders that are missing there are lost.
 struct RefreshedLibrary {
     ScanResult scan;
     SharedKeys keys;
@@ -53,6 +54,9 @@ struct RenameReport {
 
 /// Owns the list. Main thread only; walks and catalog work run on queues of their own and arrive as whole
 /// values. Ends a walk in progress when destroyed.
+///
+/// A load that failed leaves a list without what the catalog holds of offline folders. A refresh that meets
+/// such a folder then reads the catalog again before it writes it, and writes nothing while that fails.
 class LibraryIndex : public QObject {
     Q_OBJECT
 public:
@@ -111,6 +115,7 @@ private:
     bool renaming_ = false;
     std::string scanSummary_;
     bool catalogRecovery_ = false;
+    bool catalogUnread_ = false;  // assets_ may lack what the catalog holds of offline folders
     std::stop_source stop_;
     SerialQueue catalogQueue_;
     SerialQueue scanQueue_;

@@ -24,6 +24,17 @@ bool existsAt(const std::string& path) {
            ::stat(path.c_str(), &attributes) == 0;
 }
 
+// Adds the rows that `list` holds of `root`.
+void addRowsOf(const std::string& root, const AssetList& list, AssetList::Builder& builder) {
+    const auto found = std::find(list.roots().begin(), list.roots().end(), root);
+    if (found == list.roots().end())
+        return;
+    const auto wanted = static_cast<std::uint32_t>(found - list.roots().begin());
+    for (std::size_t row = 0; row < list.size(); ++row)
+        if (list.rootOf(row) == wanted)
+            builder.add(list.at(row));
+}
+
 // Counts the files of every thread and tells each full step once, in rising order.
 class Progress {
 public:
@@ -61,7 +72,9 @@ private:
         const std::string& root = request_.roots[index];
         if (!existsAt(root)) {
             result_.offline.emplace_back(lastPathComponent(root));
-            keepPrevious(root);
+            result_.offlineRoots.push_back(root);
+            if (request_.previous)
+                addRowsOf(root, *request_.previous, builder_);
         } else if (!isValidUtf8(root)) {
             ++result_.unreadable;
         } else {
@@ -69,16 +82,6 @@ private:
         }
         if (request_.stop.stop_requested())
             throw ScanStopped();
-    }
-
-    void keepPrevious(const std::string& root) {
-        if (!request_.previous)
-            return;
-        const AssetList& previous = *request_.previous;
-        const auto found = std::find(previous.roots().begin(), previous.roots().end(), root);
-        for (std::size_t row = 0; row < previous.size(); ++row)
-            if (previous.roots().begin() + previous.rootOf(row) == found)
-                builder_.add(previous.at(row));
     }
 
     // Two library folders can show the same file only when one lies in the other.
@@ -137,6 +140,17 @@ std::string countsText(std::size_t rootCount, std::size_t assetCount) {
 
 ScanResult scanLibrary(const ScanRequest& request) {
     return LibraryScan(request).run();
+}
+
+SharedAssets withKeptRows(const ScanResult& result, const std::vector<std::string>& roots,
+                          const AssetList& previous) {
+    const auto& offline = result.offlineRoots;
+    AssetList::Builder builder;
+    for (const std::string& root : roots) {
+        const bool isOffline = std::find(offline.begin(), offline.end(), root) != offline.end();
+        addRowsOf(root, isOffline ? previous : *result.assets, builder);
+    }
+    return builder.finishSorted();
 }
 
 std::string_view relativePath(std::string_view path, std::string_view root) {

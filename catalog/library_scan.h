@@ -33,13 +33,19 @@ struct ScanRequest {
 };
 
 struct ScanResult {
-    SharedAssets assets;               ///< sorted by file name as a file browser sorts
-    std::vector<std::string> offline;  ///< last components of folders that do not exist, in folder order
-    std::size_t unreadable = 0;        ///< folders and entries that could not be read
+    SharedAssets assets;                    ///< sorted by file name as a file browser sorts
+    std::vector<std::string> offline;       ///< last components of folders that do not exist, in folder order
+    std::vector<std::string> offlineRoots;  ///< the same folders as they stand in the request
+    std::size_t unreadable = 0;             ///< folders and entries that could not be read
 };
 
 /// Walks, synchronously. Throws ScanStopped, nothing else but lack of memory. Any thread.
 ScanResult scanLibrary(const ScanRequest& request);
+
+/// The list `result` would have if its walk of `roots` had begun with `previous`: offline folders keep what
+/// `previous` holds of them, and nothing else.
+SharedAssets withKeptRows(const ScanResult& result, const std::vector<std::string>& roots,
+                          const AssetList& previous);
 
 /// `path` without its first N+1 characters, N being the number of user-perceived characters of `root` as
 /// stored. A plain drop: a root stored with a trailing "/" costs a character. Points into `path`.

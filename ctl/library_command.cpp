@@ -47,13 +47,13 @@ private:
     std::jthread watcher_;
 };
 
-RefreshedLibrary walkAndSave(StoreWriter& store) {
+RefreshedLibrary walkAndSave(StoreWriter& store, SharedAssets previous) {
     std::stop_source stop;
     const SignalBridge bridge(stop);
     ProgressLine line;
     ScanRequest request;
     request.roots = store.settings.roots;
-    request.previous = store.catalog.load().assets;
+    request.previous = std::move(previous);
     request.progress = [&line](std::size_t found) { line.show(scanProgressText(found)); };
     request.stop = stop.get_token();
     line.show(scanStartedText);
@@ -65,11 +65,13 @@ RefreshedLibrary walkAndSave(StoreWriter& store) {
     }
 }
 
-/// As the window does it: the mark "not finished" stays in the settings unless the save succeeded.
+/// As the window does it: the mark "not finished" stays in the settings unless the save succeeded. Without
+/// the catalog's list, which holds what offline folders keep, nothing is begun.
 ExitStatus refresh(StoreWriter& store, const LibraryArguments& arguments) {
+    SharedAssets previous = store.catalog.query({});
     store.settings.pendingRefresh = true;
     saveSettings(store.folder, store.settings);
-    const RefreshedLibrary library = walkAndSave(store);
+    const RefreshedLibrary library = walkAndSave(store, std::move(previous));
     if (library.notice.empty()) {
         store.settings.pendingRefresh = false;
         saveSettings(store.folder, store.settings);

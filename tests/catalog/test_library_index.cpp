@@ -77,6 +77,24 @@ protected:
         return waitUntil([&] { return reports_.size() > before; });
     }
     std::vector<std::string> relatives() const { return relativesOf(*index_->assets()); }
+    // A folder in the catalog's place cannot be opened as one, whoever runs the test.
+    void takeCatalogAway() const {
+        fs::rename(store_ / "catalog.sqlite", store_ / "away");
+        fs::create_directory(store_ / "catalog.sqlite");
+    }
+    void bringCatalogBack() const {
+        fs::remove(store_ / "catalog.sqlite");
+        fs::rename(store_ / "away", store_ / "catalog.sqlite");
+    }
+    /// A catalog with a file of each of two folders, of which "Drive" is offline since.
+    void makeHalfOfflineLibrary() {
+        writeFile(media_ / "Drive/kept.mov", "");
+        writeFile(media_ / "here/1.mov", "");
+        settings_.roots = {media_ / "Drive", media_ / "here"};
+        ASSERT_TRUE(refresh());
+        fs::rename(media_ / "Drive", media_ / "unplugged");
+        remake();
+    }
     void makeNewerCatalog() const { Connection(store_ / "catalog.sqlite").execute("PRAGMA user_version=2"); }
 
     TemporaryFolder store_;
@@ -172,6 +190,56 @@ TEST_F(Index, AnOfflineFolderKeepsItsAssets) {
     EXPECT_THAT(relatives(), ElementsAre("1.mov"));
     EXPECT_THAT(reports_[1].offline, ElementsAre("Drive"));
     EXPECT_EQ(index_->scanSummary(), "离线：Drive · 已保留索引，连接硬盘后刷新");
+}
+
+TEST_F(Index, AnOfflineFolderKeepsItsAssetsAfterALoadThatFailed) {
+    makeHalfOfflineLibrary();
+    takeCatalogAway();
+    ASSERT_TRUE(load());
+    EXPECT_TRUE(index_->catalogRecovery());
+    EXPECT_THAT(relatives(), IsEmpty());
+    bringCatalogBack();
+    writeFile(media_ / "here/2.mov", "");
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(reports_.back().saved);
+    EXPECT_FALSE(index_->catalogRecovery());
+    EXPECT_THAT(relatives(), ElementsAre("1.mov", "2.mov", "kept.mov"));
+    EXPECT_EQ(index_->keys()->size(), 3U);
+    EXPECT_EQ(index_->scanSummary(), "离线：Drive · 已保留索引，连接硬盘后刷新");
+    remake();
+    ASSERT_TRUE(load());
+    EXPECT_THAT(relatives(), ElementsAre("1.mov", "2.mov", "kept.mov"));
+}
+
+TEST_F(Index, NothingIsSavedWhileTheRowsOfAnOfflineFolderCannotBeRead) {
+    makeHalfOfflineLibrary();
+    takeCatalogAway();
+    writeFile(store_ / "index.json",
+              encodeAssets(*listOf({assetBelow(media_ / "Drive", "old copy.mov")})).dump());
+    ASSERT_TRUE(load());
+    ASSERT_TRUE(refresh());
+    EXPECT_FALSE(reports_.back().saved);
+    EXPECT_TRUE(index_->catalogRecovery());
+    EXPECT_THAT(relatives(), ElementsAre("1.mov", "old copy.mov")) << "in memory until the program ends";
+    EXPECT_EQ(index_->scanSummary(),
+              "离线：Drive · 已保留索引，连接硬盘后刷新 · 索引保存失败，本次使用内存结果，请刷新重试");
+    bringCatalogBack();
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(reports_.back().saved);
+    EXPECT_THAT(relatives(), ElementsAre("1.mov", "kept.mov")) << "the catalog's rows, not the old copy's";
+}
+
+TEST_F(Index, AFailedLoadNeedsNoCatalogWhereNoFolderIsOffline) {
+    makeHalfOfflineLibrary();
+    fs::rename(media_ / "unplugged", media_ / "Drive");
+    takeCatalogAway();
+    ASSERT_TRUE(load());
+    ASSERT_TRUE(refresh());
+    EXPECT_FALSE(reports_.back().saved);
+    EXPECT_THAT(relatives(), ElementsAre("1.mov", "kept.mov"));
+    fs::rename(media_ / "Drive", media_ / "unplugged");
+    ASSERT_TRUE(refresh());
+    EXPECT_THAT(relatives(), ElementsAre("1.mov", "kept.mov")) << "kept from the whole walk before";
 }
 
 TEST_F(Index, TellsProgressBeforeTheEnd) {

@@ -135,6 +135,21 @@ TEST_F(Scan, CountsWhatCannotBeReadAndGoesOn) {
     EXPECT_THAT(result.offline, IsEmpty());
 }
 
+TEST_F(Scan, RowsKeptAfterwardsStandWhereTheWalkWouldHavePutThem) {
+    writeFile(folder_ / "here/same.mov", "");
+    writeFile(folder_ / "here/2.mov", "");
+    const std::vector<std::string> roots = {"/gone/first", folder_ / "here", "/gone/last"};
+    const SharedAssets previous =
+        listOf({assetBelow("/gone/last", "same.mov"), assetBelow("/gone/first", "same.mov"),
+                assetBelow("/gone/first", "1.mov"), assetBelow(folder_ / "here", "deleted.mov")});
+    const ScanResult late = scan(roots, listOf({assetBelow("/gone/last", "outdated.mov")}));
+    EXPECT_EQ(late.offlineRoots, (std::vector<std::string>{"/gone/first", "/gone/last"}));
+    const std::vector<std::string> wanted = pathsOf(*scan(roots, previous).assets);
+    EXPECT_THAT(wanted, ElementsAre("/gone/first/1.mov", folder_ / "here/2.mov", "/gone/first/same.mov",
+                                    folder_ / "here/same.mov", "/gone/last/same.mov"));
+    EXPECT_EQ(pathsOf(*withKeptRows(late, roots, *previous)), wanted);
+}
+
 TEST_F(Scan, AFileNamedAsALibraryFolderIsCounted) {
     writeFile(folder_ / "1.mov", "");
     const ScanResult result = scan({folder_ / "1.mov"});

@@ -57,6 +57,17 @@ protected:
                           {".hidden/secret.mov", "not indexed"}});
     }
 
+    /// A connection that keeps every other one out of the catalog until it is closed.
+    sqlite3* lockedCatalog() const {
+        sqlite3* catalog = nullptr;
+        EXPECT_EQ(sqlite3_open((store_ + "/catalog.sqlite").c_str(), &catalog), SQLITE_OK);
+        // A reader in write-ahead mode is held up only by an exclusive lock of the whole file.
+        EXPECT_EQ(sqlite3_exec(catalog, "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE", nullptr, nullptr,
+                               nullptr),
+                  SQLITE_OK);
+        return catalog;
+    }
+
     const TemporaryFolder folder_;
     const std::string store_ = folder_ / "store";
     const std::string media_ = folder_ / "media";
@@ -247,28 +258,60 @@ TEST_F(LibraryCommands, ADamagedCatalogFailsSearchAndIsLeftAloneByRefresh) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.output, "");
     expectOneLine(outcome, "");
+    const std::string settings = test::readAll(store_ + "/settings.json");
+    for (const char* command : {"refresh", "add", "remove"}) {
+        std::vector<std::string> arguments{"library", command, "--json"};
+        if (arguments[1] != "refresh")
+            arguments.push_back(arguments[1] == "add" ? folder_.path() : media_);
+        const CtlOutcome refreshed = run(arguments);
+        EXPECT_EQ(refreshed.status, 1) << command;
+        EXPECT_EQ(refreshed.output, "") << command;
+        EXPECT_EQ(refreshed.errors, outcome.errors) << command;
+    }
+    EXPECT_EQ(test::readAll(store_ + "/settings.json"), settings);
+    EXPECT_EQ(test::readAll(store_ + "/catalog.sqlite"), "this is no database, by far not");
+}
+
+TEST_F(LibraryCommands, ALockedCatalogKeepsTheRowsOfAnOfflineFolder) {
+    makeMedia();
+    runJson({"library", "add", media_});
+    std::filesystem::rename(media_, folder_ / "unplugged");
+    sqlite3* catalog = lockedCatalog();
+    const CtlOutcome refused = run({"library", "refresh"});
+    sqlite3_close(catalog);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.output, "");
+    expectOneLine(refused, "database is locked");
+    EXPECT_EQ(runJson({"library", "refresh"})["assetCount"], 5);
+}
+
+TEST_F(LibraryCommands, AFailedSaveIsToldAndLeavesTheRefreshPending) {
+    makeMedia();
+    runJson({"library", "add", media_});
+    sqlite3* catalog = nullptr;
+    ASSERT_EQ(sqlite3_open((store_ + "/catalog.sqlite").c_str(), &catalog), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(catalog,
+                           "CREATE TRIGGER refusal BEFORE INSERT ON assets BEGIN SELECT RAISE(ABORT,'no'); "
+                           "END",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    sqlite3_close(catalog);
+    makeTree(media_, {{"new.mov", "1"}});
     const CtlOutcome refreshed = run({"library", "refresh", "--json"});
     EXPECT_EQ(refreshed.status, 1);
     const json document = json::parse(refreshed.output);
     EXPECT_EQ(document["notice"], " · 索引保存失败，本次使用内存结果，请刷新重试");
-    EXPECT_EQ(document["assetCount"], 5);
+    EXPECT_EQ(document["assetCount"], 6);
     expectOneLine(refreshed, "索引保存失败");
     EXPECT_EQ(loadSettings(store_).pendingRefresh, true);
-    EXPECT_EQ(test::readAll(store_ + "/catalog.sqlite"), "this is no database, by far not");
 }
 
 TEST_F(LibraryCommands, AStopSignalEndsARefreshAndLeavesItPending) {
     makeMedia();
     runJson({"library", "add", media_});
-    sqlite3* catalog = nullptr;
-    ASSERT_EQ(sqlite3_open((store_ + "/catalog.sqlite").c_str(), &catalog), SQLITE_OK);
-    // A reader in write-ahead mode is held up only by an exclusive lock of the whole file.
-    ASSERT_EQ(
-        sqlite3_exec(catalog, "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE", nullptr, nullptr, nullptr),
-        SQLITE_OK);
+    sqlite3* catalog = lockedCatalog();
     test::RunningCtl refresh({"--store", store_, "library", "refresh", "--json"});
-    ASSERT_TRUE(test::waitUntil([&] { return loadSettings(store_).pendingRefresh == true; }));
-    refresh.signal(SIGTERM);
+    refresh.signalOnceRunning(SIGTERM);
     sqlite3_close(catalog);
     const CtlOutcome outcome = refresh.finish();
     EXPECT_EQ(outcome.status, 130);
