@@ -6,8 +6,10 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QStackedWidget>
 #include <QStandardItemModel>
+#include <utility>
 
 #include "app/theme/elided_label.h"
 #include "app/theme/focus_ring.h"
@@ -254,10 +256,12 @@ void FolderBrowser::connectParts() {
     connect(up_, &QPushButton::clicked, this, &FolderBrowser::goUp);
     connect(newFolder_, &QPushButton::clicked, this, [this] { showNaming(true); });
     connect(list_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
-        showStatus();
-        Q_EMIT choiceChanged();
+        if (!listingSelects_)
+            dropTypedPath();
     });
+    connect(path_, &QLineEdit::textEdited, this, &FolderBrowser::pathEdited);
     const auto openPlace = [this](const QModelIndex& index) {
+        dropTypedPath();
         browse(index.data(placePathRole).toByteArray().toStdString());
     };
     connect(placeList_, &QListView::clicked, this, openPlace);
@@ -274,6 +278,8 @@ void FolderBrowser::browse(const std::string& path) {
         *cancelled_ = true;
     cancelled_ = std::make_shared<std::atomic<bool>>(false);
     loading_ = true;
+    confirming_ = false;
+    path_->setModified(false);
     showStatus();
     Q_EMIT choiceChanged();
     runAndDeliver(
@@ -285,20 +291,30 @@ void FolderBrowser::browse(const std::string& path) {
 }
 
 void FolderBrowser::showListing(FolderListing listing) {
+    const std::string wanted = listing.select;
     loading_ = false;
     error_ = listing.error;
-    if (error_.empty()) {
-        path_->setText(QString::fromStdString(listing.path));
-        const std::string select = listing.select;
-        model_->setListing(std::move(listing));
-        const int row = select.empty() ? -1 : model_->rowOf(select);
-        if (row >= 0 && model_->canChoose(row))
-            list_->setCurrentIndex(model_->index(row));
-        list_->scrollTo(list_->currentIndex());
-        up_->setEnabled(folder() != "/");
-    }
+    if (error_.empty())
+        showEntries(std::move(listing));
     showStatus();
     Q_EMIT choiceChanged();
+    // A file that cannot be chosen here must not turn into a choice of its folder.
+    const bool reached = wanted.empty() || list_->selectionModel()->hasSelection();
+    if (std::exchange(confirming_, false) && reached && !chosen().empty())
+        Q_EMIT confirmed();
+}
+
+void FolderBrowser::showEntries(FolderListing listing) {
+    const QScopedValueRollback<bool> selects(listingSelects_, true);
+    const std::string select = listing.select;
+    if (!path_->isModified())
+        path_->setText(QString::fromStdString(listing.path));
+    model_->setListing(std::move(listing));
+    const int row = select.empty() ? -1 : model_->rowOf(select);
+    if (row >= 0 && model_->canChoose(row))
+        list_->setCurrentIndex(model_->index(row));
+    list_->scrollTo(list_->currentIndex());
+    up_->setEnabled(folder() != "/");
 }
 
 void FolderBrowser::showPlaces(const std::vector<Place>& places) {
@@ -314,18 +330,23 @@ void FolderBrowser::showPlaces(const std::vector<Place>& places) {
 
 void FolderBrowser::open(const QModelIndex& index) {
     const FolderEntry& entry = model_->entry(index.row());
+    if (!entry.isFolder && !model_->canChoose(index.row()))
+        return;
+    dropTypedPath();
     if (entry.isFolder)
         browse(joinPath(folder(), entry.name));
-    else if (model_->canChoose(index.row()))
+    else
         Q_EMIT confirmed();
 }
 
 void FolderBrowser::goUp() {
+    dropTypedPath();
     browse(std::string(parentPath(folder())));
     list_->setFocus();
 }
 
 void FolderBrowser::showNaming(bool naming) {
+    dropTypedPath();
     head_->setCurrentIndex(naming ? 1 : 0);
     folderName_->clear();
     if (naming)
@@ -343,6 +364,7 @@ void FolderBrowser::createFolder() {
             self.error_ = outcome.get();
             if (!self.error_.empty()) {
                 self.showStatus();
+                Q_EMIT self.choiceChanged();
                 return;
             }
             self.showNaming(false);
@@ -351,7 +373,7 @@ void FolderBrowser::createFolder() {
 }
 
 std::vector<FileUrl> FolderBrowser::chosen() const {
-    if (loading_ || folder().empty())
+    if (loading_ || !error_.empty() || folder().empty())
         return {};
     std::vector<FileUrl> urls;
     for (const QItemSelectionRange& range : list_->selectionModel()->selection()) {
@@ -368,6 +390,33 @@ std::vector<FileUrl> FolderBrowser::chosen() const {
     return urls;
 }
 
+bool FolderBrowser::confirm() {
+    if (!pathIsTyped())
+        return !chosen().empty();
+    if (!confirming_) {
+        browse(path_->text().toStdString());
+        confirming_ = true;
+    }
+    return false;
+}
+
+bool FolderBrowser::pathIsTyped() const {
+    // As text: a folder's bytes need not survive the way into the field and back.
+    return path_->text() != QString::fromStdString(folder());
+}
+
+void FolderBrowser::dropTypedPath() {
+    path_->setText(QString::fromStdString(folder()));
+    pathEdited();
+}
+
+void FolderBrowser::pathEdited() {
+    confirming_ = false;
+    error_.clear();
+    showStatus();
+    Q_EMIT choiceChanged();
+}
+
 QWidget* FolderBrowser::firstFocus() const {
     return list_;
 }
@@ -379,6 +428,8 @@ void FolderBrowser::showStatus() {
         text = QStringLiteral("正在读取…");
     else if (!error_.empty())
         text = QString::fromStdString(error_);
+    else if (pathIsTyped())
+        text = QStringLiteral("确认时使用输入的路径");
     else if (list_->selectionModel()->hasSelection())
         text = QStringLiteral("已选 %1 项").arg(selected.size());
     else if (!selected.empty())

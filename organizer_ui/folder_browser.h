@@ -80,15 +80,22 @@ public:
     /// Whether a look at a disk is under way.
     bool isLoading() const { return loading_; }
     /// What would be chosen now: the selected entries, or the folder on screen when nothing is
-    /// selected and folders can be chosen. Empty when there is nothing to choose.
+    /// selected and folders can be chosen. Empty when there is nothing to choose, and while an error
+    /// is shown.
     std::vector<FileUrl> chosen() const;
+    /// Whether confirm() would do something.
+    bool canConfirm() const { return pathIsTyped() || !chosen().empty(); }
+    /// The user wants what is chosen: true when chosen() is it. While another path than the folder's
+    /// stands in the path field, goes there first and returns false; confirmed() follows once that
+    /// place is on screen and can be chosen, unless the user does something else before.
+    bool confirm();
     /// Where the focus begins.
     QWidget* firstFocus() const;
 
 Q_SIGNALS:
     /// chosen() may have another value.
     void choiceChanged();
-    /// The user opened a file: what is chosen is meant.
+    /// What is chosen is meant: the user opened a file, or the path of a confirm() has been reached.
     void confirmed();
 
 private:
@@ -98,6 +105,7 @@ private:
     QWidget* makeEntries();
     void connectParts();
     void showListing(FolderListing listing);
+    void showEntries(FolderListing listing);
     void showPlaces(const std::vector<Place>& places);
     void open(const QModelIndex& index);
     void goUp();
@@ -105,12 +113,20 @@ private:
     void showNaming(bool naming);
     void createFolder();
     void showStatus();
+    /// Whether the path field holds another path than the folder's.
+    bool pathIsTyped() const;
+    /// The user turned to something else than the typed path: it gives way to the folder on screen,
+    /// and so do an error and a wish to confirm.
+    void dropTypedPath();
+    void pathEdited();
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     const BrowseRules rules_;
     SerialQueue& queue_;
     std::shared_ptr<std::atomic<bool>> cancelled_;  ///< of the newest look
     bool loading_ = false;
+    bool confirming_ = false;      ///< confirm() waits for the listing under way
+    bool listingSelects_ = false;  ///< the selection is being changed by a listing, not by the user
     std::string error_;
 
     FolderListModel* model_;

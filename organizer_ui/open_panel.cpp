@@ -28,6 +28,7 @@ void presentOpenPanel(QWidget* view, const OpenPanelRequest& request, SerialQueu
     content.cancelButton = 1;
     content.width = panelWidth;
     content.firstFocus = browser->firstFocus();
+    content.mayConfirm = [browser] { return browser->confirm(); };
     // The browser may be gone when the answer comes, so what it offers is kept beside it.
     auto offer = std::make_shared<std::vector<FileUrl>>();
     Sheet* sheet = Sheet::present(view, content, [offer, chosen = std::move(chosen)](int button) {
@@ -37,7 +38,7 @@ void presentOpenPanel(QWidget* view, const OpenPanelRequest& request, SerialQueu
     PushButton* confirm = sheet->button(0);
     const auto refresh = [browser, offer, confirm] {
         *offer = browser->chosen();
-        confirm->setEnabled(!offer->empty());
+        confirm->setEnabled(browser->canConfirm());
     };
     QObject::connect(browser, &FolderBrowser::choiceChanged, confirm, refresh);
     QObject::connect(browser, &FolderBrowser::confirmed, confirm, &QPushButton::click);

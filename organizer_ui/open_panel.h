@@ -22,7 +22,8 @@ struct OpenPanelRequest {
 };
 
 /// Shows the panel on the window of `view` and returns. `chosen` gets one or more locations when the
-/// user confirms and is never called when they do not. Disks are looked at on `queue`, which must outlive
+/// user confirms and is never called when they do not. A path typed but not gone to yet is gone to
+/// first: where it cannot be chosen, the panel stays open. Disks are looked at on `queue`, which must outlive
 /// the window. Main thread.
 void presentOpenPanel(QWidget* view, const OpenPanelRequest& request, SerialQueue& queue,
                       std::function<void(const std::vector<FileUrl>&)> chosen);

@@ -162,7 +162,7 @@ QBoxLayout* Sheet::buildButtons() {
         made->setMinimumWidth(buttonWidth);
         made->setAutoDefault(false);
         made->setDefault(index == 0);
-        connect(made, &QPushButton::clicked, this, [this, index] { answer(index); });
+        connect(made, &QPushButton::clicked, this, [this, index] { press(index); });
         row->insertWidget(1, made);
         buttons_.push_back(made);
     }
@@ -246,6 +246,11 @@ bool Sheet::eventFilter(QObject* watched, QEvent* event) {
                 this, [this] { activateWindow(); }, Qt::QueuedConnection);
     }
     return QDialog::eventFilter(watched, event);
+}
+
+void Sheet::press(int button) {
+    if (button != 0 || !content_.mayConfirm || content_.mayConfirm())
+        answer(button);
 }
 
 void Sheet::answer(int button) {

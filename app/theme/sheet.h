@@ -27,6 +27,8 @@ struct SheetContent {
     int cancelButton = -1;          ///< pressed by Esc; with one button that one is, whatever stands here
     int width = 488;                ///< logical pixels, all included
     QWidget* firstFocus = nullptr;  ///< in the accessory; text inputs get their text selected
+    /// Asked when buttons[0] is pressed: false keeps the sheet open. Empty: it always answers.
+    std::function<bool()> mayConfirm;
 };
 
 /// Makes and shows itself through present(). Several for one window are shown one after another.
@@ -57,6 +59,7 @@ private:
     QBoxLayout* buildButtons();
     void open() override;
     void place();
+    void press(int button);
     void answer(int button);
     int escapeButton() const;
 

@@ -68,6 +68,13 @@ protected:
     bool gone() {
         return waitUntil([this] { return sheet() == nullptr; });
     }
+    /// Replaces the path as a user does, by an input method or a paste.
+    void typePath(const std::string& path) {
+        pathField()->setFocus();
+        pathField()->selectAll();
+        pathField()->insert(QString::fromStdString(path));
+    }
+    QString statusText() { return part<ElidedLabel>("browserStatus")->text(); }
     QModelIndex row(const QString& name) {
         for (int i = 0; i < entries()->model()->rowCount(); ++i)
             if (entries()->model()->index(i, 0).data().toString() == name)
@@ -142,7 +149,88 @@ TEST_F(OpenPanel, StaysWhereItIsWhenThePathIsWrong) {
     QTest::keyClick(pathField(), Qt::Key_Enter);
     ASSERT_TRUE(settled());
     EXPECT_EQ(browser()->folder(), folder_.path());
+    EXPECT_EQ(statusText().toStdString(), "找不到此位置：" + folder_ / "没有这个");
+    EXPECT_TRUE(browser()->chosen().empty()) << "the folder on screen is not what was asked for";
+    confirm()->click();
+    ASSERT_TRUE(settled());
+    ASSERT_NE(sheet(), nullptr);
+    EXPECT_FALSE(chosen_);
+    click(row(QStringLiteral("素材")));
+    EXPECT_EQ(statusText(), QStringLiteral("已选 1 项"));
+    confirm()->click();
+    ASSERT_TRUE(chosen_);
+    EXPECT_THAT(*chosen_, ElementsAre(folder_ / "素材/"));
+}
+
+TEST_F(OpenPanel, ConfirmsTheTypedFolder) {
+    present(Choosable::folders, BrowseRules::Count::one);
+    typePath(folder_ / "素材");
+    confirm()->click();
+    EXPECT_FALSE(chosen_) << "the place is looked at first";
+    EXPECT_TRUE(gone());
+    ASSERT_TRUE(chosen_);
+    EXPECT_THAT(*chosen_, ElementsAre(folder_ / "素材/"));
+}
+
+TEST_F(OpenPanel, ConfirmsTheTypedFile) {
+    present(Choosable::files, BrowseRules::Count::one);
+    EXPECT_FALSE(confirm()->isEnabled());
+    typePath(folder_ / "素材/b.mov");
     EXPECT_TRUE(confirm()->isEnabled());
+    confirm()->click();
+    EXPECT_TRUE(gone());
+    ASSERT_TRUE(chosen_);
+    EXPECT_THAT(*chosen_, ElementsAre(folder_ / "素材/b.mov"));
+}
+
+TEST_F(OpenPanel, StaysOpenWhereTheTypedPathCannotBeChosen) {
+    present(Choosable::folders, BrowseRules::Count::one);
+    typePath(folder_ / "素材/b.mov");
+    confirm()->click();
+    ASSERT_TRUE(settled());
+    ASSERT_NE(sheet(), nullptr) << "a file is no answer, and its folder was not asked for";
+    EXPECT_EQ(browser()->folder(), folder_ / "素材");
+    typePath(folder_ / "nowhere");
+    confirm()->click();
+    ASSERT_TRUE(settled());
+    ASSERT_NE(sheet(), nullptr);
+    EXPECT_EQ(statusText().toStdString(), "找不到此位置：" + folder_ / "nowhere");
+    EXPECT_EQ(pathField()->text().toStdString(), folder_ / "nowhere");
+    typePath(folder_.path());
+    confirm()->click();
+    EXPECT_TRUE(gone());
+    ASSERT_TRUE(chosen_);
+    EXPECT_THAT(*chosen_, ElementsAre(folder_.path() + "/"));
+}
+
+TEST_F(OpenPanel, ANewerEditWithdrawsTheWishToConfirm) {
+    present(Choosable::folders, BrowseRules::Count::one);
+    std::mutex disk;
+    disk.lock();
+    queue_.post([&disk] { const std::lock_guard<std::mutex> wait(disk); });
+    typePath(folder_ / "素材");
+    confirm()->click();
+    EXPECT_TRUE(browser()->isLoading());
+    QTest::keyClicks(pathField(), QStringLiteral("x"));
+    disk.unlock();
+    ASSERT_TRUE(settled());
+    ASSERT_NE(sheet(), nullptr);
+    EXPECT_FALSE(chosen_);
+    EXPECT_EQ(pathField()->text().toStdString(), folder_ / "素材x") << "what is being typed stays";
+    QTest::keyClick(pathField(), Qt::Key_Backspace);
+    confirm()->click();
+    ASSERT_TRUE(chosen_) << "that folder is on screen by now";
+    EXPECT_THAT(*chosen_, ElementsAre(folder_ / "素材/"));
+}
+
+TEST_F(OpenPanel, ASelectedEntryReplacesTheTypedPath) {
+    present(Choosable::filesAndFolders, BrowseRules::Count::several);
+    typePath(folder_ / "素材");
+    click(row(QStringLiteral("a.mov")));
+    EXPECT_EQ(pathField()->text().toStdString(), folder_.path());
+    confirm()->click();
+    ASSERT_TRUE(chosen_);
+    EXPECT_THAT(*chosen_, ElementsAre(folder_ / "a.mov"));
 }
 
 TEST_F(OpenPanel, DoubleClickOnAFileChoosesIt) {
@@ -175,7 +263,9 @@ TEST_F(OpenPanel, MakesFoldersWhereAllowed) {
     ASSERT_TRUE(waitUntil(
         [this] { return part<ElidedLabel>("browserStatus")->text() == QStringLiteral("已存在同名项目。"); }));
     EXPECT_EQ(browser()->folder(), folder_.path());
+    EXPECT_FALSE(confirm()->isEnabled()) << "an error is shown";
     QTest::keyClick(name, Qt::Key_Escape);
+    EXPECT_TRUE(confirm()->isEnabled());
     EXPECT_FALSE(name->isVisible());
     ASSERT_NE(sheet(), nullptr) << "Esc only left the name";
     part<QPushButton>("newFolderButton")->click();

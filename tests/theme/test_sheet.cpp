@@ -159,6 +159,23 @@ TEST_F(Sheets, AnswerOnceAndAreGoneByThen) {
     waitUntil([&] { return sheet.isNull() && scrim() == nullptr; }, "the sheet to delete itself");
 }
 
+TEST_F(Sheets, StayWhileTheConfirmingButtonIsRefused) {
+    bool allowed = false;
+    SheetContent content = question();
+    content.mayConfirm = [&allowed] { return allowed; };
+    Sheet* sheet = present(content);
+    sheet->button(0)->click();
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_TRUE(answers_.empty());
+    allowed = true;
+    sheet->button(0)->click();
+    EXPECT_EQ(answers_, std::vector<int>{0});
+
+    allowed = false;
+    present(content)->button(1)->click();
+    EXPECT_EQ(answers_, (std::vector<int>{0, 1})) << "only the confirming button is asked about";
+}
+
 TEST_F(Sheets, AnAnswerMayPresentTheNextSheet) {
     activate();
     Sheet* next = nullptr;
