@@ -35,7 +35,7 @@ namespace {
 constexpr std::int64_t largestNumber = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t spaceReserve = 1'048'576;  // bytes, room for the manifest
 /// Bytes; verifying a larger file takes so long that a manifest made before would carry an old date.
-constexpr std::int64_t largestPreparedFor = 16 * 1'048'576;
+constexpr std::int64_t largestPreparedFor = 16'777'216;
 constexpr std::int64_t largestTotal = largestNumber - spaceReserve - 1;
 
 void checkPlan(const ProjectPlan& plan) {
