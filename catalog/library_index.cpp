@@ -192,10 +192,11 @@ void LibraryIndex::finishRename(const RenameReport& report, const RenamedLibrary
 }
 
 void LibraryIndex::saveRename() {
+    // Written over the catalog, a list that does not come from it would drop rows for good.
     runAndDeliver(
         catalogQueue_, this,
-        [catalog = &catalog_, assets = assets_, keys = keys_] {
-            return catalog->save(*assets, *keys).empty();
+        [catalog = &catalog_, unread = catalogUnread_, assets = assets_, keys = keys_] {
+            return !unread && catalog->save(*assets, *keys).empty();
         },
         [](LibraryIndex& index, Outcome<bool>& outcome) { Q_EMIT index.renameSaved(outcome.get()); });
 }

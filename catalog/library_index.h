@@ -56,7 +56,8 @@ struct RenameReport {
 /// values. Ends a walk in progress when destroyed.
 ///
 /// A load that failed leaves a list without what the catalog holds of offline folders. A refresh that meets
-/// such a folder then reads the catalog again before it writes it, and writes nothing while that fails.
+/// such a folder then reads the catalog again before it writes it, and writes nothing while that fails. A
+/// rename before the next refresh is not written.
 class LibraryIndex : public QObject {
     Q_OBJECT
 public:

@@ -393,6 +393,21 @@ TEST_F(Index, ARenameWhoseListCannotBeSavedSaysSo) {
     EXPECT_THAT(listTree(media_.path()), ElementsAre("2.mov"));
 }
 
+TEST_F(Index, ARenameAfterALoadThatFailedLeavesTheCatalog) {
+    makeHalfOfflineLibrary();
+    takeCatalogAway();
+    writeFile(store_ / "index.json", encodeAssets(*listOf({assetBelow(media_ / "here", "1.mov")})).dump());
+    ASSERT_TRUE(load());
+    bringCatalogBack();
+    ASSERT_TRUE(index_->rename(index_->assets()->asset(0), "2"));
+    ASSERT_TRUE(waitUntil([this] { return !saves_.empty(); }));
+    EXPECT_FALSE(saves_[0]);
+    EXPECT_THAT(relatives(), ElementsAre("2.mov"));
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(reports_.back().saved);
+    EXPECT_THAT(relatives(), ElementsAre("2.mov", "kept.mov"));
+}
+
 TEST_F(Index, NoRenameWhileARefreshRunsAndNoRefreshWhileARenameRuns) {
     writeFile(media_ / "1.mov", "");
     settings_.roots = {media_.path()};
