@@ -59,28 +59,30 @@ std::optional<std::int32_t> headerVersion(const std::string& path) {
     return static_cast<std::int32_t>(version);
 }
 
-const std::string& refusingNewer(const std::string& path) {
-    if (headerVersion(path).value_or(0) > newestVersion)
-        throw CatalogError(catalogText::newerVersion);
-    return path;
+// A log left by a crash can hold a newer version than the file's header. Reading through it must not
+// end in a checkpoint, which would write the file. Where no other program has the file open, so that no
+// "-shm" is there, the exclusive mode keeps what would stand in one in memory; a connection that began
+// in that mode cannot leave it, so this one is for the question alone.
+std::int64_t logVersion(const std::string& path) {
+    struct stat facts {};
+    if (::stat((path + "-wal").c_str(), &facts) != 0 || facts.st_size == 0)
+        return 0;
+    Connection database(path);
+    sqlite3_busy_timeout(database.handle(), busyMilliseconds);
+    sqlite3_db_config(database.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    try {
+        if (::stat((path + "-shm").c_str(), &facts) != 0)
+            database.execute("PRAGMA locking_mode=EXCLUSIVE");
+        return database.scalar("PRAGMA user_version");
+    } catch (const CatalogError&) {
+        return 0;  // what is wrong shows in the steps that follow
+    }
 }
 
-// A log left by a crash can hold a newer version than the file's header. Reading through it must not
-// end in a checkpoint, which would write the file.
-void refuseNewerLog(Connection& database, const std::string& path) {
-    struct stat log {};
-    if (::stat((path + "-wal").c_str(), &log) != 0 || log.st_size == 0)
-        return;
-    sqlite3_db_config(database.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-    std::int64_t version = 0;
-    try {
-        version = database.scalar("PRAGMA user_version");
-    } catch (const CatalogError&) {
-        version = 0;  // what is wrong shows in the steps that follow
-    }
-    if (version > newestVersion)
+const std::string& refusingNewer(const std::string& path) {
+    if (headerVersion(path).value_or(0) > newestVersion || logVersion(path) > newestVersion)
         throw CatalogError(catalogText::newerVersion);
-    sqlite3_db_config(database.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+    return path;
 }
 
 std::string escapedForLike(std::string_view text) {
@@ -213,7 +215,6 @@ void writeRow(Statement& write, const AssetView& asset, std::string_view key, st
 CatalogStore::CatalogStore(const std::string& path, const std::string& legacyPath)
     : database_(refusingNewer(path)) {
     sqlite3_busy_timeout(database_.handle(), busyMilliseconds);
-    refuseNewerLog(database_, path);
     database_.execute("PRAGMA journal_mode=WAL");
     database_.execute("PRAGMA synchronous=NORMAL");
     if (database_.scalar("PRAGMA user_version") > newestVersion)

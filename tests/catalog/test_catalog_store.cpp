@@ -123,12 +123,25 @@ TEST_F(CatalogFile, ANewerVersionThatStandsOnlyInTheLogIsRefusedToo) {
         sqlite3_db_config(newer.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
         newer.execute("PRAGMA user_version=3");
     }
-    ASSERT_TRUE(std::filesystem::exists(path() + "-wal"));
+    std::filesystem::remove(path() + "-shm");
     const std::string before = readAll(path());
     const std::string log = readAll(path() + "-wal");
     EXPECT_EQ(openingFailure(), "索引来自更新版本的软件，请先更新素材助手。");
     EXPECT_EQ(readAll(path()), before);
     EXPECT_EQ(readAll(path() + "-wal"), log);
+    EXPECT_THAT(listTree(folder_.path()), ElementsAre("catalog.sqlite", "catalog.sqlite-wal"));
+}
+
+TEST_F(CatalogFile, ANewerProgramAtWorkIsRefusedAndKeepsWorking) {
+    Connection newer(path());
+    newer.execute("PRAGMA journal_mode=WAL");
+    newer.execute("PRAGMA wal_autocheckpoint=0");
+    newer.execute("PRAGMA user_version=3");
+    EXPECT_EQ(openingFailure(), "索引来自更新版本的软件，请先更新素材助手。");
+    EXPECT_THAT(listTree(folder_.path()),
+                ElementsAre("catalog.sqlite", "catalog.sqlite-shm", "catalog.sqlite-wal"));
+    newer.execute("CREATE TABLE future(x)");
+    EXPECT_EQ(newer.scalar("PRAGMA user_version"), 3);
 }
 
 TEST_F(CatalogFile, AnOrdinaryLogLeftByACrashIsTakenUp) {
