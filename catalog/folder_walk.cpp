@@ -154,6 +154,7 @@ private:
         }
         place_ = std::make_shared<const Place>(Place{deviceOf(attributes), attributes.stx_ino, folder.above});
         prefix_ = folder.path == "/" ? folder.path : folder.path + "/";
+        refusesAttributes_ = false;
         const std::size_t firstFile = part_.files.size();
         readEntries(opened.get());
         closeFolder(folder.path, firstFile);
@@ -248,10 +249,13 @@ private:
         part_.files.push_back(file);
     }
 
-    // An entry that vanished since it was listed is no failure.
+    // A folder that may be listed but not entered refuses the attributes of every entry: that is one
+    // failure, the folder's. An entry that vanished since it was listed is none.
     void countFailure() {
-        if (errno != ENOENT)
-            ++part_.unreadable;
+        if (errno == ENOENT || refusesAttributes_)
+            return;
+        refusesAttributes_ = true;
+        ++part_.unreadable;
     }
 
     void closeFolder(const std::string& path, std::size_t firstFile) {
@@ -272,6 +276,7 @@ private:
     // Of the folder being read.
     std::shared_ptr<const Place> place_;
     std::string prefix_;
+    bool refusesAttributes_ = false;
 };
 
 FolderWalk::FolderWalk(const WalkRequest& request) {

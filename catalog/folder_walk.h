@@ -37,7 +37,7 @@ public:
     /// Walks at once. Check `request.stop` afterwards: a stopped walk is incomplete.
     explicit FolderWalk(const WalkRequest& request);
 
-    /// Folders and entries that could not be read.
+    /// Folders that could not be read, and names that are no UTF-8.
     std::size_t unreadable() const { return unreadable_; }
     std::size_t fileCount() const;
     /// Calls `take` for every folder that holds media files, in order.

@@ -36,7 +36,7 @@ struct ScanResult {
     SharedAssets assets;                    ///< sorted by file name as a file browser sorts
     std::vector<std::string> offline;       ///< last components of folders that do not exist, in folder order
     std::vector<std::string> offlineRoots;  ///< the same folders as they stand in the request
-    std::size_t unreadable = 0;             ///< folders and entries that could not be read
+    std::size_t unreadable = 0;             ///< folders that could not be read, and names that are no UTF-8
 };
 
 /// Walks, synchronously. Throws ScanStopped, nothing else but lack of memory. Any thread.

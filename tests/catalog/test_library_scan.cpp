@@ -131,8 +131,25 @@ TEST_F(Scan, CountsWhatCannotBeReadAndGoesOn) {
         GTEST_SKIP() << "the files belong to the user who runs the test";
     const ScanResult result = scan({root(), folder_ / "closed"});
     EXPECT_THAT(relativesOf(*result.assets), ElementsAre("open/1.mov"));
-    EXPECT_EQ(result.unreadable, 3U) << "closed twice, and the file that only shows its name";
+    EXPECT_EQ(result.unreadable, 3U) << "closed twice, and the folder that only shows its names";
     EXPECT_THAT(result.offline, IsEmpty());
+}
+
+TEST_F(Scan, AFolderThatOnlyShowsItsNamesCountsOnce) {
+    makeTree(root(), {{"a/1.mov", ""}, {"a/2.mov", ""}, {"a/3.wav", ""}, {"b/4.mov", ""}, {"b/5.mov", ""}});
+    writeFile(folder_ / "b/bad \xFF.mov", "");
+    fs::permissions(root(), fs::perms(0755));
+    for (const char* folder : {"a", "b"})
+        fs::permissions(folder_ / folder, fs::perms(0444));
+    ScanResult result;
+    {
+        const OrdinaryUser user;
+        result = scan({root()});
+    }
+    for (const char* folder : {"a", "b"})
+        fs::permissions(folder_ / folder, fs::perms(0755));
+    EXPECT_EQ(result.assets->size(), 0U);
+    EXPECT_EQ(result.unreadable, 3U) << "each folder, and the name that is no UTF-8";
 }
 
 TEST_F(Scan, RowsKeptAfterwardsStandWhereTheWalkWouldHavePutThem) {
