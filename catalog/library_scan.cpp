@@ -24,18 +24,20 @@ bool existsAt(const std::string& path) {
            ::stat(path.c_str(), &attributes) == 0;
 }
 
-// Adds the rows that `list` holds of `root`.
-void addRowsOf(const std::string& root, const AssetList& list, AssetList::Builder& builder) {
+// Adds the rows that `list` holds of `root`; how many were new.
+std::size_t addRowsOf(const std::string& root, const AssetList& list, AssetList::Builder& builder) {
     const auto found = std::find(list.roots().begin(), list.roots().end(), root);
     if (found == list.roots().end())
-        return;
+        return 0;
+    const std::size_t before = builder.size();
     const auto wanted = static_cast<std::uint32_t>(found - list.roots().begin());
     for (std::size_t row = 0; row < list.size(); ++row)
         if (list.rootOf(row) == wanted)
             builder.add(list.at(row));
+    return builder.size() - before;
 }
 
-// Counts the files of every thread and tells each full step once, in rising order.
+// Counts the files of every thread, and kept ones, and tells each full step once, in rising order.
 class Progress {
 public:
     explicit Progress(const std::function<void(std::size_t)>& tell) : tell_(tell) {}
@@ -74,7 +76,7 @@ private:
             result_.offline.emplace_back(lastPathComponent(root));
             result_.offlineRoots.push_back(root);
             if (request_.previous)
-                addRowsOf(root, *request_.previous, builder_);
+                progress_.add(addRowsOf(root, *request_.previous, builder_));
         } else if (!isValidUtf8(root)) {
             ++result_.unreadable;
         } else {

@@ -26,8 +26,8 @@ public:
 struct ScanRequest {
     std::vector<std::string> roots;  ///< library folders, in order
     SharedAssets previous;           ///< the list so far: what an offline folder keeps; may be null
-    /// Told each multiple of 2000 files found, in rising order, from the walking threads, one call at a
-    /// time; must not throw or block.
+    /// Told each multiple of 2000 files found, those that offline folders keep included, in rising order,
+    /// from the calling and the walking threads, one call at a time; must not throw or block.
     std::function<void(std::size_t found)> progress;
     std::stop_token stop;
 };

@@ -189,6 +189,20 @@ TEST_F(Scan, AnOfflineFolderKeepsItsAssets) {
     EXPECT_EQ(scan({gone}).assets->size(), 0U);
 }
 
+TEST_F(Scan, WhatAnOfflineFolderKeepsCountsAsFound) {
+    std::vector<Asset> kept;
+    for (int number = 0; number < 3999; ++number)
+        kept.push_back(assetBelow("/gone", std::to_string(number) + ".mov"));
+    writeFile(folder_ / "1.mov", "");
+    ScanRequest request;
+    request.roots = {"/gone", root(), "/gone"};
+    request.previous = listOf(kept);
+    std::vector<std::size_t> told;
+    request.progress = [&told](std::size_t found) { told.push_back(found); };
+    EXPECT_EQ(scanLibrary(request).assets->size(), 4000U);
+    EXPECT_THAT(told, ElementsAre(2000U, 4000U));
+}
+
 TEST_F(Scan, ATextThatIsNoAbsolutePathIsOffline) {
     EXPECT_THAT(scan({"", "relative", std::string("/tmp\0x", 6)}).offline, testing::SizeIs(3));
 }
