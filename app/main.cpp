@@ -32,9 +32,25 @@ void onToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString&)
     std::_Exit(EXIT_FAILURE);
 }
 
+bool isGiven(const char* variable) {
+    return !qEnvironmentVariableIsEmpty(variable);
+}
+
 bool hasDisplay() {
-    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
-           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+    return isGiven("DISPLAY") || isGiven("WAYLAND_DISPLAY") || isGiven("QT_QPA_PLATFORM");
+}
+
+/// A smoke test needs no display. A server that is named but does not answer is as good as none, so the
+/// toolkit gets the platforms in the order to try.
+void fallBackToOffscreen() {
+    if (isGiven("QT_QPA_PLATFORM"))
+        return;
+    QByteArray platforms = "offscreen";
+    if (hasDisplay())
+        platforms.prepend("xcb;");
+    if (isGiven("WAYLAND_DISPLAY"))
+        platforms.prepend("wayland;");
+    qputenv("QT_QPA_PLATFORM", platforms);
 }
 
 /// The standard dialogs speak the language of the product.
@@ -89,12 +105,11 @@ int main(int argc, char** argv) {
         complain(smokeTestUsageText);
         return usageExitStatus;
     }
-    if (!hasDisplay()) {
-        if (!line.smokeTestFolder) {
-            complain(noDisplayText);
-            return EXIT_FAILURE;
-        }
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (line.smokeTestFolder) {
+        fallBackToOffscreen();
+    } else if (!hasDisplay()) {
+        complain(noDisplayText);
+        return EXIT_FAILURE;
     }
     try {
         return run(argc, argv, arguments, line);

@@ -114,12 +114,16 @@ TEST_F(SmokeTest, AnOutputFolderThatCannotBeMadeHarmsNothing) {
     EXPECT_THAT(test::listTree(folder_.path()), ElementsAre("file"));
 }
 
-/// The built program without any display.
+using Variables = std::vector<std::pair<QString, QString>>;
+
+/// The built program, of the display variables having `display` alone.
 struct Program {
-    explicit Program(const QStringList& arguments, const std::string& home) {
+    explicit Program(const QStringList& arguments, const std::string& home, const Variables& display = {}) {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
             environment.remove(name);
+        for (const auto& [name, value] : display)
+            environment.insert(name, value);
         environment.insert("XDG_DATA_HOME", QString::fromStdString(home));
         QProcess process;
         process.setProcessEnvironment(environment);
@@ -154,6 +158,34 @@ TEST(SmokeProgram, RunsWithoutADisplayOnItsOwnStoreOnly) {
                 ElementsAre("LumvexAssetLibrary/", "LumvexAssetLibrary/settings.json"));
     EXPECT_EQ(test::readAll(folder / "home/LumvexAssetLibrary/settings.json"), "user data");
 }
+
+class SilentServer : public testing::TestWithParam<Variables> {};
+
+TEST_P(SilentServer, IsAsGoodAsNoDisplay) {
+    const TemporaryFolder folder;
+    const std::string out = folder / "out";
+    const QStringList arguments{"--ui-smoke-test", QString::fromStdString(out)};
+    const auto files = [&] {
+        std::vector<std::string> bytes;
+        for (const char* name :
+             {"ui-smoke-results.json", "管理素材.png", "整理素材.png", "整理素材_小窗口.png"})
+            bytes.push_back(test::readAll(out + "/" + name));
+        return bytes;
+    };
+    ASSERT_EQ(Program(arguments, folder / "home").status, 0);
+    const std::vector<std::string> wanted = files();
+    std::filesystem::remove_all(out);
+    const Program program(arguments, folder / "home", GetParam());
+    ASSERT_EQ(program.status, 0) << program.errors;
+    EXPECT_EQ(program.errors, "");
+    EXPECT_EQ(files(), wanted);
+    EXPECT_FALSE(std::filesystem::exists(out + "/ui-smoke-error.txt"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Servers, SilentServer,
+    testing::Values(Variables{{"DISPLAY", ":54321"}}, Variables{{"WAYLAND_DISPLAY", "/nowhere/wayland-0"}},
+                    Variables{{"DISPLAY", ":54321"}, {"WAYLAND_DISPLAY", "/nowhere/wayland-0"}}));
 
 TEST(SmokeProgram, CountsTheIsolatedLibrary) {
     const TemporaryFolder folder;
