@@ -216,11 +216,11 @@ SharedAssets decodeAssets(std::string_view json) {
     nlohmann::json rest;
     try {
         rest = nlohmann::json::parse(json, takeRecord);
-    } catch (const nlohmann::json::exception& error) {
-        throw JsonError(error.what());
+    } catch (const nlohmann::json::exception&) {
+        throw JsonError();
     }
     if (!rest.is_array() || !rest.empty())
-        throw JsonError("the index is no array of records");
+        throw JsonError();
 
     std::unordered_map<std::string_view, std::size_t> lastOf;
     for (std::size_t index = 0; index < assets.size(); ++index)

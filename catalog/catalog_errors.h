@@ -8,7 +8,8 @@
 namespace morvane {
 
 /// what() is the description shown to the user: a sentence of catalogText, and, when the connection is
-/// open and the engine has something to say, "：" and the engine's text.
+/// open and the engine has something to say, "：" and the engine's text. A "Prefix" entry is followed by what
+/// went wrong.
 class CatalogError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -32,6 +33,7 @@ inline constexpr const char* prepareFailed = "索引查询未完成";
 inline constexpr const char* rowFailed = "素材信息写入失败";
 inline constexpr const char* queryFailed = "素材搜索未完成";
 inline constexpr const char* noState = "无法读取索引状态";
+inline constexpr const char* damagedLegacyPrefix = "旧索引 index.json 无法读取：";
 }  // namespace catalogText
 
 namespace renameText {

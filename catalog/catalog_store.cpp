@@ -10,6 +10,7 @@
 #include <functional>
 #include <numeric>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -83,6 +84,14 @@ const std::string& refusingNewer(const std::string& path) {
     if (headerVersion(path).value_or(0) > newestVersion || logVersion(path) > newestVersion)
         throw CatalogError(catalogText::newerVersion);
     return path;
+}
+
+SharedAssets readLegacy(const std::string& path) {
+    try {
+        return decodeAssets(readFile(path));
+    } catch (const std::runtime_error& error) {
+        throw CatalogError(std::string(catalogText::damagedLegacyPrefix) + error.what());
+    }
 }
 
 std::string escapedForLike(std::string_view text) {
@@ -230,7 +239,7 @@ void CatalogStore::importLegacy(const std::string& legacyPath) {
         database_.execute(markImported);
         return;
     }
-    const SharedAssets list = decodeAssets(readFile(legacyPath));
+    const SharedAssets list = readLegacy(legacyPath);
     replace(*list, SearchKeys(*list), LegacyMark::Imported);
 }
 

@@ -32,7 +32,7 @@ struct CatalogQuery {
 class CatalogStore {
 public:
     /// Opens or creates the database at `path` and imports `legacyPath` ("index.json") once. Throws
-    /// CatalogError, or what reading and decoding a damaged older index throws.
+    /// CatalogError, also when the older index is damaged.
     CatalogStore(const std::string& path, const std::string& legacyPath);
 
     /// Makes the table equal to `list`, positions included; on a failure the old content stays. `keys`

@@ -17,6 +17,7 @@
 #include "project/project_json.h"
 #include "project/safe_open.h"
 #include "project/safe_paths.h"
+#include "support/json_read.h"
 #include "support/path_text.h"
 #include "support/system_error.h"
 
@@ -38,6 +39,14 @@ std::string readUpTo(int file, std::size_t limit) {
         text.append(block, count);
     }
     return text;
+}
+
+ProjectManifest decoded(const std::string& text) {
+    try {
+        return decodeManifest(text);
+    } catch (const JsonError& error) {
+        failWith(project_text::manifestDamagedPrefix, error.what());
+    }
 }
 
 bool hasMatchingRecords(const ProjectManifest& manifest) {
@@ -86,7 +95,7 @@ ProjectManifest readManifest(const FileUrl& url) {
     }
     if (text.size() > manifestReadLimit)
         failWith(project_text::manifestTooLarge);
-    ProjectManifest manifest = decodeManifest(text);
+    ProjectManifest manifest = decoded(text);
     if (!hasMatchingRecords(manifest) || !standsInItsFolder(manifest.plan, location))
         failWith(project_text::manifestMismatch);
     if (!hasMarker(manifest.plan))

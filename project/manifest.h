@@ -18,7 +18,7 @@ inline constexpr std::size_t manifestReadLimit = 33'554'432;
 /// Reads the manifest at `url` with every check in the described order; afterwards the records match
 /// the items, the identifiers are distinct, every destination is safe, the project folder is the one
 /// that holds the file, and its marker carries the plan's id. Changes nothing, not even dates of
-/// access. Throws ProjectCoreError, JsonError or std::system_error. Any thread, also while another
+/// access. Throws ProjectCoreError or std::system_error. Any thread, also while another
 /// process works on the project.
 ProjectManifest readManifest(const FileUrl& url);
 

@@ -4,10 +4,10 @@
 
 #include <ctime>
 #include <limits>
-#include <stdexcept>
 #include <system_error>
 #include <utility>
 
+#include "project/project_errors.h"
 #include "support/system_error.h"
 
 namespace morvane {
@@ -18,7 +18,7 @@ using Copy = ManifestCopies::Copy;
 
 void stamp(ProjectManifest& manifest) {
     if (manifest.revision == std::numeric_limits<std::int64_t>::max())
-        throw std::overflow_error("revision");
+        failWith(project_text::noMoreRevisions);
     ++manifest.revision;
     manifest.updatedAt = std::time(nullptr);
 }

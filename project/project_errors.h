@@ -110,6 +110,8 @@ inline constexpr std::string_view fcpxmlFailedPrefix = "FCPXML 未生成或未�
 inline constexpr std::string_view manifestTargetNotRegular = "清单目标不是普通文件。";
 inline constexpr std::string_view manifestIsLink = "不能从符号链接读取项目清单。";
 inline constexpr std::string_view manifestTooLarge = "项目清单过大。";
+inline constexpr std::string_view manifestDamagedPrefix = "项目清单无法读取：";
+inline constexpr std::string_view noMoreRevisions = "项目清单的修订号已到上限，无法继续写入。";
 inline constexpr std::string_view manifestMismatch = "项目清单版本或路径不匹配。";
 inline constexpr std::string_view markerMismatch = "找不到匹配的 MORVANE 项目标识，不会修改此目录。";
 

@@ -9,10 +9,6 @@ namespace {
 
 using nlohmann::json;
 
-[[noreturn]] void fail(const char* key, const char* problem) {
-    throw JsonError("\"" + std::string(key) + "\" " + problem);
-}
-
 // Null when the key is missing.
 const json* member(const json& object, const char* key) {
     const json& record = requiredObject(object);
@@ -23,35 +19,39 @@ const json* member(const json& object, const char* key) {
 const json& requiredMember(const json& object, const char* key) {
     const json* found = member(object, key);
     if (found == nullptr)
-        fail(key, "is missing");
+        throw JsonError(key);
     return *found;
 }
 
 std::string text(const json& value, const char* key) {
     if (!value.is_string())
-        fail(key, "is no text");
+        throw JsonError(key);
     return value.get<std::string>();
 }
 
 bool flag(const json& value, const char* key) {
     if (!value.is_boolean())
-        fail(key, "is neither true nor false");
+        throw JsonError(key);
     return value.get<bool>();
 }
 
 }  // namespace
 
+JsonError::JsonError() : std::runtime_error("内容不完整或已损坏。") {}
+
+JsonError::JsonError(const std::string& key) : std::runtime_error("内容不完整或已损坏（" + key + "）。") {}
+
 json parseJson(std::string_view text) {
     try {
         return json::parse(text);
-    } catch (const json::exception& error) {
-        throw JsonError(error.what());
+    } catch (const json::exception&) {
+        throw JsonError();
     }
 }
 
 const json& requiredObject(const json& value) {
     if (!value.is_object())
-        throw JsonError("the value is no object");
+        throw JsonError();
     return value;
 }
 
@@ -68,35 +68,35 @@ std::int64_t requiredInteger(const json& object, const char* key) {
     if (value.is_number_unsigned()) {
         const auto number = value.get<std::uint64_t>();
         if (number > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
-            fail(key, "is too large");
+            throw JsonError(key);
         return static_cast<std::int64_t>(number);
     }
     if (value.is_number_integer())
         return value.get<std::int64_t>();
     if (!value.is_number_float())
-        fail(key, "is no number");
+        throw JsonError(key);
     const auto number = value.get<double>();
     // 2^63 as a double; its negative is the smallest integer itself.
     constexpr double limit = 9223372036854775808.0;
     if (!(number >= -limit && number < limit))
-        fail(key, "is too large");
+        throw JsonError(key);
     const auto whole = static_cast<std::int64_t>(number);
     if (static_cast<double>(whole) != number)
-        fail(key, "has a fraction");
+        throw JsonError(key);
     return whole;
 }
 
 double requiredNumber(const json& object, const char* key) {
     const json& value = requiredMember(object, key);
     if (!value.is_number())
-        fail(key, "is no number");
+        throw JsonError(key);
     return value.get<double>();
 }
 
 const json& requiredArray(const json& object, const char* key) {
     const json& value = requiredMember(object, key);
     if (!value.is_array())
-        fail(key, "is no array");
+        throw JsonError(key);
     return value;
 }
 

@@ -12,10 +12,13 @@
 
 namespace morvane {
 
-/// Thrown by every reader below; what() names the key.
+/// Thrown by every reader below. what() is the end of a sentence for the user: "内容不完整或已损坏。", or
+/// with the key that failed "内容不完整或已损坏（files）。"
 class JsonError : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    /// The text is no document, or a value of its own is of another type.
+    JsonError();
+    explicit JsonError(const std::string& key);
 };
 
 /// Parses UTF-8 text; throws JsonError for anything that is no JSON document.

@@ -8,7 +8,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/json_read.h"
 #include "tests/catalog/catalog_fixture.h"
 #include "tests/test_support.h"
 
@@ -207,8 +206,11 @@ TEST_F(CatalogFile, AnOlderIndexThatAppearsLaterIsIgnored) {
 
 TEST_F(CatalogFile, ADamagedOlderIndexMakesOpeningFailUntilItIsGone) {
     writeFile(legacy(), R"([{"path":"/a"}])");
-    EXPECT_THROW(open(), JsonError);
-    EXPECT_THROW(open(), JsonError) << "no silent skip the second time";
+    const std::string damaged = "旧索引 index.json 无法读取：内容不完整或已损坏（";
+    EXPECT_EQ(openingFailure(), damaged + "root）。");
+    EXPECT_EQ(openingFailure(), damaged + "root）。") << "no silent skip the second time";
+    writeFile(legacy(), R"([{"path":)");
+    EXPECT_EQ(openingFailure(), "旧索引 index.json 无法读取：内容不完整或已损坏。");
     EXPECT_EQ(scalar("SELECT COUNT(*) FROM metadata"), 0);
     std::filesystem::remove(legacy());
     EXPECT_THAT(found(*open(), {}), IsEmpty());
@@ -216,7 +218,7 @@ TEST_F(CatalogFile, ADamagedOlderIndexMakesOpeningFailUntilItIsGone) {
 
 TEST_F(CatalogFile, AnUnreadableOlderIndexMakesOpeningFail) {
     std::filesystem::create_directory(legacy());
-    EXPECT_THROW(open(), std::system_error);
+    EXPECT_EQ(openingFailure(), "旧索引 index.json 无法读取：Is a directory");
 }
 
 // --- replacing

@@ -18,7 +18,6 @@
 #include "project/manifest_writer.h"
 #include "project/project_errors.h"
 #include "project/project_json.h"
-#include "support/json_read.h"
 #include "support/system_error.h"
 #include "support/uuid.h"
 #include "tests/project/engine_fixture.h"
@@ -96,10 +95,18 @@ TEST_F(ReadManifest, TheSizeLimitIsExact) {
 }
 
 TEST_F(ReadManifest, WhatIsNoManifest) {
-    for (const char* text : {"", "{", "[]", "{}", "null"}) {
+    const std::string original = readAll(manifest().path);
+    for (const std::string& text : {std::string(), std::string("{"), std::string("[]"), std::string("null"),
+                                    original.substr(0, original.size() / 2)}) {
         writeFile(manifest().path, text);
-        EXPECT_THROW(readManifest(manifest()), JsonError) << text;
+        EXPECT_EQ(error(), "项目清单无法读取：内容不完整或已损坏。") << text;
     }
+    writeFile(manifest().path, "{}");
+    EXPECT_EQ(error(), "项目清单无法读取：内容不完整或已损坏（files）。");
+    auto document = nlohmann::json::parse(original);
+    document["updatedAt"] = "yesterday";
+    writeFile(manifest().path, document.dump());
+    EXPECT_EQ(error(), "项目清单无法读取：内容不完整或已损坏（updatedAt）。");
 }
 
 TEST_F(ReadManifest, EveryInvariantIsChecked) {
@@ -545,7 +552,7 @@ TEST_F(WriteManifest, OnAFullDiskTheRunGoesOnWithTheCopiesItHas) {
 TEST_F(WriteManifest, TheLastRevisionIsNotPassed) {
     ManifestWriter writer(root.get());
     manifest.revision = std::numeric_limits<std::int64_t>::max();
-    EXPECT_THROW(writer.persist(manifest), std::overflow_error);
+    EXPECT_EQ(errorOf([&] { writer.persist(manifest); }), project_text::noMoreRevisions);
     EXPECT_THAT(listTree(folder.path()), IsEmpty());
 }
 
