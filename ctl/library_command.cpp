@@ -17,6 +17,7 @@
 #include "ctl/stop_signals.h"
 #include "ctl/store_access.h"
 #include "ctl/verbatim_arguments.h"
+#include "support/path_text.h"
 #include "support/text_fold.h"
 
 namespace morvane {
@@ -123,17 +124,29 @@ ExitStatus addFolders(const Session& session, const LibraryArguments& arguments)
     return refresh(store, arguments);
 }
 
+/// The library folder that `typed` names, as the settings hold it: letter by letter, else the same place in
+/// another spelling.
+std::string storedFolder(const std::vector<std::string>& roots, const std::string& typed) {
+    if (std::find(roots.begin(), roots.end(), typed) != roots.end())
+        return typed;
+    const std::string place = absolutePath(typed);
+    const auto found = std::find_if(roots.begin(), roots.end(), [&place](const std::string& root) {
+        return root == place || standardizedPath(root) == place;
+    });
+    if (found == roots.end())
+        throw std::runtime_error("不是素材库文件夹：" + typed);
+    return *found;
+}
+
 ExitStatus removeFolders(const Session& session, const LibraryArguments& arguments) {
     StoreWriter store(session);
     std::vector<std::string>& roots = store.settings.roots;
-    for (const std::string& typed : arguments.folders) {
-        auto found = std::find(roots.begin(), roots.end(), typed);
-        if (found == roots.end())
-            found = std::find(roots.begin(), roots.end(), absolutePath(typed));
-        if (found == roots.end())
-            throw std::runtime_error("不是素材库文件夹：" + typed);
-        roots.erase(found);
-    }
+    std::vector<std::string> named;
+    for (const std::string& typed : arguments.folders)
+        named.push_back(storedFolder(roots, typed));
+    std::erase_if(roots, [&named](const std::string& root) {
+        return std::find(named.begin(), named.end(), root) != named.end();
+    });
     return refresh(store, arguments);
 }
 

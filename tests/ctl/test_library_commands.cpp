@@ -113,6 +113,21 @@ TEST_F(LibraryCommands, RemoveTakesTheFolderOutAndLeavesTheFiles) {
     EXPECT_EQ(names(runJson({"search"})), (std::vector<std::string>{"a.mp3"}));
 }
 
+TEST_F(LibraryCommands, RemoveTakesAnySpellingAndARepeatedName) {
+    makeMedia();
+    Settings settings;
+    settings.roots = {media_ + "/", media_, folder_ / "b/", folder_ / "c"};
+    std::filesystem::create_directory(store_);
+    saveSettings(store_, settings);
+    runJson({"library", "remove", folder_ / "b", folder_ / "b/", folder_ / "x/../b"});
+    EXPECT_EQ(runJson({"library", "list"}), json::array({media_ + "/", media_, folder_ / "c"}));
+    runJson({"library", "remove", media_, media_});
+    EXPECT_EQ(runJson({"library", "list"}), json::array({media_ + "/", folder_ / "c"}))
+        << "where both spellings are there, the one that was named";
+    runJson({"library", "remove", media_});
+    EXPECT_EQ(runJson({"library", "list"}), json::array({folder_ / "c"}));
+}
+
 TEST_F(LibraryCommands, AnOfflineFolderKeepsItsAssets) {
     makeMedia();
     runJson({"library", "add", media_});
