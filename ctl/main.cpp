@@ -7,10 +7,21 @@
 
 #include "ctl/session.h"
 #include "ctl/stop_signals.h"
+#include "ctl/usage_text.h"
 #include "ctl/verbatim_arguments.h"
 
 namespace morvane {
 namespace {
+
+/// The headings of the help are the groups that options and commands belong to.
+void nameGroups(CLI::App& app) {
+    for (CLI::Option* option : app.get_options())
+        option->group("选项");
+    for (CLI::App* command : app.get_subcommands({})) {
+        command->group("命令");
+        nameGroups(*command);
+    }
+}
 
 void describe(CLI::App& app, Session& session) {
     app.name("morvanectl");
@@ -20,8 +31,8 @@ void describe(CLI::App& app, Session& session) {
     const auto formatter = app.get_formatter();
     formatter->column_width(32);
     for (const auto& [english, shown] :
-         {std::pair("Usage", "用法"), std::pair("Options", "选项"), std::pair("Subcommands", "命令"),
-          std::pair("Positionals", "参数"), std::pair("OPTIONS", "选项"), std::pair("SUBCOMMAND", "命令")})
+         {std::pair("Usage", "用法"), std::pair("Positionals", "参数"), std::pair("OPTIONS", "选项"),
+          std::pair("SUBCOMMAND", "命令"), std::pair("REQUIRED", "必填")})
         formatter->label(english, shown);
     app.add_option("--store", session.store, "素材库数据文件夹（默认使用当前用户的数据文件夹）")
         ->type_name("DIR")
@@ -32,6 +43,7 @@ void describe(CLI::App& app, Session& session) {
     addProjectCommands(app, session);
     addProbeCommand(app, session);
     takeVerbatim(app);
+    nameGroups(app);
 }
 
 /// Nothing when the command is to run, else how the process ends.
@@ -43,7 +55,7 @@ std::optional<ExitStatus> readArguments(CLI::App& app, int argc, char** argv) {
         app.exit(wish);
         return ExitStatus::Done;
     } catch (const CLI::ParseError& error) {
-        printError(std::string("参数有误：") + error.what());
+        printError("参数有误：" + usageText(error));
         return ExitStatus::WrongUsage;
     }
 }

@@ -25,6 +25,7 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 class LibraryCommands : public testing::Test {
@@ -393,6 +394,32 @@ TEST(WrongValues, EndWith64) {
     }
 }
 
+struct Refusal {
+    Arguments arguments;
+    std::string text;
+};
+
+class UsageTexts : public testing::TestWithParam<Refusal> {};
+
+TEST_P(UsageTexts, AreInTheLanguageOfTheProduct) {
+    const CtlOutcome outcome = test::runCtl(GetParam().arguments);
+    EXPECT_EQ(outcome.status, 64);
+    EXPECT_EQ(outcome.errors, "morvanectl: 参数有误：" + GetParam().text + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, UsageTexts,
+    testing::Values(Refusal{{}, "没有给出命令，或没有这个命令；用 --help 查看用法。"},
+                    Refusal{{"library", "bogus"}, "没有给出命令，或没有这个命令；用 --help 查看用法。"},
+                    Refusal{{"library", "add"}, "缺少 DIR。"},
+                    Refusal{{"project", "plan", "--name", "n", "/tmp"}, "缺少 --into。"},
+                    Refusal{{"library", "list", "extra"}, "多余或不认识的参数：extra"},
+                    Refusal{{"search", "--bogus"}, "多余或不认识的参数：--bogus"},
+                    Refusal{{"search", "--kind"}, "--kind 后面缺少值。"},
+                    Refusal{{"search", "--kind", "音频", "--kind", "视频"}, "--kind 只能给出一次。"},
+                    Refusal{{"library", "list", "--json=x"}, "值无效：--json = x"},
+                    Refusal{{"--store", "", "library", "list"}, "--store 不能为空。"}));
+
 TEST(Help, ExistsOnEveryLevel) {
     for (const Arguments& arguments :
          {Arguments{"--help"}, Arguments{"library", "--help"}, Arguments{"library", "add", "--help"},
@@ -402,6 +429,9 @@ TEST(Help, ExistsOnEveryLevel) {
         const CtlOutcome outcome = test::runCtl(arguments);
         EXPECT_EQ(outcome.status, 0);
         EXPECT_THAT(outcome.output, HasSubstr("用法"));
+        EXPECT_THAT(outcome.output, HasSubstr("\n选项:\n"));
+        for (const char* english : {"Options", "Subcommands", "REQUIRED"})
+            EXPECT_THAT(outcome.output, Not(HasSubstr(english)));
         EXPECT_EQ(outcome.errors, "");
     }
 }
