@@ -36,6 +36,8 @@ constexpr int controlGap = 8;
 constexpr int glyphSize = 14;
 constexpr QSize firstSize(1340, 840);
 constexpr QSize leastSize(1100, 650);
+constexpr int leastSearch = 300;
+constexpr int leastSearchOnSmallScreen = 80;  // beside everything else of an 800 wide header
 
 /// A bar of the frame with a hairline along one edge; the window can be moved by its empty parts.
 class Bar final : public QWidget {
@@ -147,6 +149,7 @@ void WindowFrame::build(QWidget* management, QWidget* organizer) {
     window_->setCentralWidget(content);
     window_->setMinimumSize(fitted(leastSize, *window_));
     window_->resize(fitted(firstSize, *window_));
+    fitSearch();
     wire();
 }
 
@@ -238,9 +241,15 @@ void WindowFrame::setStatusGlyph(StatusGlyph glyph) {
         busyDelay_.start();
 }
 
+void WindowFrame::fitSearch() {
+    search_->setMinimumWidth(window_->width() < leastSize.width() ? leastSearchOnSmallScreen : leastSearch);
+}
+
 bool WindowFrame::eventFilter(QObject* watched, QEvent* event) {
     if (watched != window_.get())
         return false;
+    if (event->type() == QEvent::Resize)
+        fitSearch();
     if (event->type() == QEvent::Close && windowShouldClose && !windowShouldClose()) {
         event->ignore();
         return true;

@@ -96,6 +96,8 @@ private:
     QWidget* makeHeader();
     QWidget* makeStatusLine();
     void wire();
+    /// The search field gives way on a screen that does not hold the given smallest window.
+    void fitSearch();
 
     std::unique_ptr<KeyboardWindow> window_;
     std::unique_ptr<SegmentedControl> workspaceControl_;

@@ -20,6 +20,8 @@ inline constexpr int mostPreview = 480;
 /// Narrower than this the list's three columns no longer stand whole.
 inline constexpr int wholeList = 509;
 inline constexpr int handle = 1;
+/// Narrower than this the panes no longer stand side by side: the workspace scrolls.
+inline constexpr int leastTotal = leastTree + leastList + leastPreview + 2 * handle;
 }  // namespace pane
 
 namespace column {

@@ -5,6 +5,7 @@ namespace morvane {
 LibrarySplitter::LibrarySplitter(QWidget* tree, QWidget* list, QWidget* preview) {
     setChildrenCollapsible(false);
     setHandleWidth(pane::handle);
+    setMinimumWidth(pane::leastTotal);
     tree->setMinimumWidth(pane::leastTree);
     list->setMinimumWidth(pane::leastList);
     preview->setMinimumWidth(pane::leastPreview);

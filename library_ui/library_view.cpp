@@ -18,6 +18,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QScopedValueRollback>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
@@ -40,6 +41,17 @@ QWidget* paneOf(QLayout* content) {
     colours.setColor(QPalette::Window, MRVTheme::panel());
     pane->setPalette(colours);
     return pane;
+}
+
+/// Lets `panes` scroll sideways where there is less room than they need.
+QScrollArea* sideways(QWidget* panes) {
+    auto* area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setWidgetResizable(true);
+    area->setWidget(panes);
+    return area;
 }
 
 QVBoxLayout* bareColumn() {
@@ -122,7 +134,7 @@ void LibraryView::buildManagementView(QWidget* preview) {
     splitter_ = new LibrarySplitter(paneOf(tree), paneOf(list), preview);
     connect(splitter_, &LibrarySplitter::wantedChanged, this, &LibraryView::libraryLayoutChanged);
     QVBoxLayout* whole = bareColumn();
-    whole->addWidget(splitter_);
+    whole->addWidget(sideways(splitter_));
     setLayout(whole);
     QWidget::setTabOrder(outline_, kindControl_);
     QWidget::setTabOrder(kindControl_, table_);

@@ -41,7 +41,8 @@ public:
     explicit LibraryView(FileChecker& checker, QWidget* parent = nullptr);
     ~LibraryView() override;
 
-    /// Lays out the three panes, `preview` (taken over) on the right. Once.
+    /// Lays out the three panes, `preview` (taken over) on the right; they scroll sideways where the view is
+    /// narrower than pane::leastTotal. Once.
     void buildManagementView(QWidget* preview);
     /// The built workspace (this view); null before buildManagementView.
     QWidget* managementView() { return splitter_ == nullptr ? nullptr : this; }

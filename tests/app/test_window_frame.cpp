@@ -114,6 +114,27 @@ TEST_F(Frame, HasTheDesignedMeasures) {
     EXPECT_EQ(frame_.addFolderButton()->symbol(), "folder.badge.plus");
 }
 
+TEST_F(Frame, TheSearchFieldGivesWayOnASmallScreen) {
+    build();
+    frame_.window()->setMinimumSize(800, 600);  // as on a screen of that size
+    const auto overlaps = [this] {
+        const QWidget* const row[] = {&frame_.workspaceControl(), &frame_.search(), &frame_.refreshButton(),
+                                      frame_.addFolderButton()};
+        for (std::size_t i = 1; i < std::size(row); ++i)
+            if (row[i]->x() <= row[i - 1]->geometry().right())
+                return true;
+        return row[3]->geometry().right() >= frame_.window()->width() - 20;
+    };
+    for (const int width : {1340, 1100, 1099, 930, 800}) {
+        frame_.window()->resize(width, 700);
+        ASSERT_TRUE(waitUntil([&] { return !overlaps(); })) << width;
+        EXPECT_EQ(frame_.search().minimumWidth() == 300, width >= 1100) << width;
+    }
+    EXPECT_LT(frame_.search().width(), 300);
+    frame_.window()->resize(1340, 700);
+    EXPECT_TRUE(waitUntil([this] { return frame_.search().width() == 340; }));
+}
+
 TEST_F(Frame, ShowsOneWorkspaceWithItsHeader) {
     build();
     EXPECT_TRUE(management_->isVisible());
