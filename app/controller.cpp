@@ -298,6 +298,8 @@ void Controller::refreshStarted() {
     frame_.refreshButton().setEnabled(false);
     previewPane_->setScanning(Scanning::Yes);
     setStatus(scanStartedText);
+    if (!filter_.isRunning())  // its delivery brings the rows, and the state with them
+        updateEmptyState();
 }
 
 void Controller::refreshFinished(const RefreshReport& report) {
@@ -346,10 +348,18 @@ void Controller::filterFinished() {
     const bool found = libraryView_->showRows(filter_.filtered(), path, position);
     if (selected_ && !found)
         clearPreview();
-    libraryView_->setEmptyState(emptyStateFor(CatalogLoaded::Yes, settings_.roots.size(),
-                                              filter_.filtered().size(), frame_.search().text()));
+    updateEmptyState();
     if (!std::exchange(keepStatus_, false) && !index_.scanning())
         setStatus(shown(statusAfterFilter(filter_.filtered().size(), index_.scanSummary())));
+}
+
+void Controller::updateEmptyState() {
+    libraryView_->setEmptyState(emptyStateFor({.isLoading = statusFacts_.isLoading,
+                                               .isScanning = index_.scanning(),
+                                               .assets = index_.assets()->size(),
+                                               .roots = settings_.roots.size(),
+                                               .rows = filter_.filtered().size(),
+                                               .searchText = frame_.search().text()}));
 }
 
 void Controller::focusSearch() {

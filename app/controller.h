@@ -141,6 +141,7 @@ private:
     /// A text that the delivery of the filter pass under way does not replace.
     void announce(const QString& text);
     void updateStatusGlyph();
+    void updateEmptyState();
     void runUISmokeTestIfRequested();
 
     // In dependency order: what is declared later uses what is declared earlier.

@@ -35,13 +35,14 @@ QString spacedLines(const QString& text) {
 
 }  // namespace
 
-EmptyState emptyStateFor(CatalogLoaded loaded, std::size_t roots, std::size_t rows,
-                         const QString& searchText) {
-    if (loaded == CatalogLoaded::No || rows > 0)
+EmptyState emptyStateFor(const ListFacts& facts) {
+    if (facts.isLoading || facts.rows > 0)
         return EmptyState::None;
-    if (roots == 0)
+    if (facts.roots == 0)
         return EmptyState::FirstStart;
-    return searchText.trimmed().isEmpty() ? EmptyState::NoResultBare : EmptyState::NoResult;
+    if (facts.isScanning && facts.assets == 0)
+        return EmptyState::None;
+    return facts.searchText.trimmed().isEmpty() ? EmptyState::NoResultBare : EmptyState::NoResult;
 }
 
 EmptyList::EmptyList(QWidget* parent)

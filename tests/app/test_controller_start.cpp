@@ -16,6 +16,7 @@
 #include "app/theme/push_button.h"
 #include "app/theme/search_field.h"
 #include "app/theme/segmented_control.h"
+#include "library_ui/empty_list.h"
 #include "library_ui/picture_view.h"
 #include "organizer_ui/project_organizer_view.h"
 #include "tests/app/controller_fixture.h"
@@ -163,6 +164,29 @@ TEST_F(Start, FoldersWithAnEmptyCatalogAreIndexedAtOnce) {
     EXPECT_FALSE(controller.index().catalogRecovery());
     stop();
     EXPECT_EQ(storedSettings().pendingRefresh, false);
+}
+
+TEST_F(Start, NothingIsCalledMissingWhileTheFirstIndexIsBuilt) {
+    std::filesystem::create_directories(media_);
+    Controller& controller = start();
+    const auto* empty = controller.libraryView().findChild<EmptyList*>();
+    EXPECT_EQ(empty->state(), EmptyState::FirstStart);
+    controller.organizerView()->onProjectCreated(folderLocation(media_));
+    ASSERT_TRUE(controller.index().scanning());
+    EXPECT_EQ(empty->state(), EmptyState::None);
+    controller.frame().search().setText("word");
+    waitForRefresh();
+    EXPECT_TRUE(waitUntil([&] { return empty->state() == EmptyState::NoResult; }))
+        << "the folder holds nothing";
+    controller.frame().search().clear();
+    EXPECT_TRUE(waitUntil([&] { return empty->state() == EmptyState::NoResultBare; }));
+
+    test::writeFile(media_ + "/a.wav", "a");
+    controller.refresh();
+    EXPECT_EQ(empty->state(), EmptyState::None);
+    waitForRefresh();
+    EXPECT_EQ(empty->state(), EmptyState::None);
+    EXPECT_THAT(listed(), ElementsAre("a.wav"));
 }
 
 TEST_F(Start, AFullCatalogIsShownWithoutAScan) {

@@ -57,13 +57,26 @@ TEST(ActionRows, AClickedRowOutsideTheSelectionStandsAlone) {
 }
 
 TEST(EmptyState, SaysWhatToDoOnlyOnceTheCatalogIsRead) {
-    EXPECT_EQ(emptyStateFor(CatalogLoaded::No, 0, 0, ""), EmptyState::None);
-    EXPECT_EQ(emptyStateFor(CatalogLoaded::Yes, 0, 0, ""), EmptyState::FirstStart);
-    EXPECT_EQ(emptyStateFor(CatalogLoaded::Yes, 0, 0, "word"), EmptyState::FirstStart);
-    EXPECT_EQ(emptyStateFor(CatalogLoaded::Yes, 2, 0, "word"), EmptyState::NoResult);
-    EXPECT_EQ(emptyStateFor(CatalogLoaded::Yes, 2, 0, "  "), EmptyState::NoResultBare);
-    EXPECT_EQ(emptyStateFor(CatalogLoaded::Yes, 2, 5, "word"), EmptyState::None);
-    EXPECT_EQ(emptyStateFor(CatalogLoaded::Yes, 0, 5, ""), EmptyState::None);
+    EXPECT_EQ(emptyStateFor({.isLoading = true, .searchText = {}}), EmptyState::None);
+    EXPECT_EQ(emptyStateFor({.isLoading = true, .roots = 2, .searchText = "word"}), EmptyState::None);
+    EXPECT_EQ(emptyStateFor({.searchText = {}}), EmptyState::FirstStart);
+    EXPECT_EQ(emptyStateFor({.searchText = "word"}), EmptyState::FirstStart);
+    EXPECT_EQ(emptyStateFor({.assets = 9, .roots = 2, .searchText = "word"}), EmptyState::NoResult);
+    EXPECT_EQ(emptyStateFor({.assets = 9, .roots = 2, .searchText = "  "}), EmptyState::NoResultBare);
+    EXPECT_EQ(emptyStateFor({.assets = 9, .roots = 2, .rows = 5, .searchText = "word"}), EmptyState::None);
+    EXPECT_EQ(emptyStateFor({.assets = 9, .rows = 5, .searchText = {}}), EmptyState::None);
+}
+
+TEST(EmptyState, SaysNothingWhileTheFirstIndexIsBuilt) {
+    ListFacts facts{.isScanning = true, .roots = 1, .searchText = {}};
+    EXPECT_EQ(emptyStateFor(facts), EmptyState::None);
+    facts.isScanning = false;
+    EXPECT_EQ(emptyStateFor(facts), EmptyState::NoResultBare) << "the folders hold nothing";
+    facts.isScanning = true;
+    facts.assets = 9;
+    facts.searchText = "word";
+    EXPECT_EQ(emptyStateFor(facts), EmptyState::NoResult) << "the index of before is still searched";
+    EXPECT_EQ(emptyStateFor({.isScanning = true, .searchText = {}}), EmptyState::FirstStart);
 }
 
 }  // namespace
