@@ -476,7 +476,7 @@ void Controller::show(const Asset& asset) {
 
 void Controller::fileStateKnown(bool exists) {
     previewPane_->showFileState(exists ? FileState::Present : FileState::Missing,
-                                thumbnails_.cached(*selected_));
+                                exists ? thumbnails_.present(*selected_) : CachedPicture());
     if (exists)
         showPreview(*selected_);
     updatePlayButton();

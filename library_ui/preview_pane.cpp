@@ -315,20 +315,20 @@ void PreviewPane::showAsset(const Asset& asset, Favorite favorite) {
     fitCanvas();
 }
 
-void PreviewPane::showFileState(FileState file, const QImage& cachedPicture) {
+void PreviewPane::showFileState(FileState file, const CachedPicture& picture) {
     if (!hasAsset_)
         return;
     file_ = file;
     applyButtons();
     if (!noticeKept_)
-        setNotice(noticeFor(mode_, file, cachedPicture.isNull() ? PictureCached::No : PictureCached::Yes));
+        setNotice(noticeFor(mode_, file, picture.cached));
     if (file == FileState::Present) {
         const bool playable = mode_ == PreviewMode::Audio || mode_ == PreviewMode::Video;
         transport.play->setEnabled(playable);
         if (mode_ == PreviewMode::Video)
             showOnCanvas(canvas.playerView);
-        if (mode_ == PreviewMode::Picture && !cachedPicture.isNull()) {
-            canvas.imageView->setPicture(cachedPicture);
+        if (mode_ == PreviewMode::Picture && picture.cached != PictureCached::No) {
+            canvas.imageView->setPicture(picture.image);
             showOnCanvas(canvas.imageView);
         }
     }

@@ -71,9 +71,8 @@ public:
     /// seek disabled until showFileState().
     void showAsset(const Asset& asset, Favorite favorite);
     /// Enables the file buttons and sets the notice for the asset shown. For a present audio or video file
-    /// play is enabled too and a video gets the player view; a picture's cached image, when not null, is
-    /// shown.
-    void showFileState(FileState file, const QImage& cachedPicture = {});
+    /// play is enabled too and a video gets the player view; a picture that is cached is shown.
+    void showFileState(FileState file, const CachedPicture& picture = {});
     /// The picture of the asset shown; a null image gives the text for one that cannot be previewed.
     void showPicture(const QImage& picture);
     /// The clip can be played: duration in seconds, below zero when unknown.

@@ -89,7 +89,9 @@ Notice noticeFor(PreviewMode mode, FileState file, PictureCached cached) {
         return notices::fileMissing();
     switch (mode) {
         case PreviewMode::Picture:
-            return cached == PictureCached::Yes ? notices::filePresent() : notices::preparingPicture();
+            if (cached == PictureCached::No)
+                return notices::preparingPicture();
+            return cached == PictureCached::Unseen ? notices::pictureShown() : notices::filePresent();
         case PreviewMode::Audio:
         case PreviewMode::Video:
             return notices::filePresent();

@@ -2,6 +2,7 @@
 // enabled, what the notice says. No widget, no disk.
 #pragma once
 
+#include <QImage>
 #include <QString>
 
 namespace morvane {
@@ -52,8 +53,17 @@ Notice mediaUndecodable();
 Notice manySelected(qint64 rows);
 }  // namespace notices
 
-/// The notice once the file's state is known. For a picture that is not in the cache this is "preparing".
-enum class PictureCached { No, Yes };
+/// Whether a picture is in the cache. One prepared ahead has not been seen until it is shown once.
+enum class PictureCached { No, Unseen, Seen };
+
+/// What the cache holds for a picture; a null image exactly with PictureCached::No.
+struct CachedPicture {
+    QImage image;
+    PictureCached cached = PictureCached::No;
+};
+
+/// The notice once the file's state is known. For a picture that is not in the cache this is "preparing", for
+/// one shown for the first time the same as after preparing.
 Notice noticeFor(PreviewMode mode, FileState file, PictureCached cached);
 
 }  // namespace morvane

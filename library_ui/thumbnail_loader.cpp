@@ -1,7 +1,5 @@
 #include "library_ui/thumbnail_loader.h"
 
-#include "library_ui/preview_state.h"
-
 #include "media/media_client.h"
 #include "support/deliver.h"
 
@@ -80,8 +78,16 @@ qint64 ThumbnailLoader::costLimit() const {
 }
 
 QImage ThumbnailLoader::cached(const Asset& asset) const {
-    const QImage* picture = thumbnails_.object(QByteArray::fromStdString(keyOf(asset)));
-    return picture == nullptr ? QImage() : *picture;
+    const CachedPicture* picture = thumbnails_.object(QByteArray::fromStdString(keyOf(asset)));
+    return picture == nullptr ? QImage() : picture->image;
+}
+
+CachedPicture ThumbnailLoader::present(const Asset& asset) {
+    CachedPicture* picture = thumbnails_.object(QByteArray::fromStdString(keyOf(asset)));
+    if (picture == nullptr)
+        return {};
+    const PictureCached before = std::exchange(picture->cached, PictureCached::Seen);
+    return {picture->image, before};
 }
 
 void ThumbnailLoader::request(const Asset& asset) {
@@ -138,15 +144,17 @@ void ThumbnailLoader::deliver(const Asset& asset, const std::optional<QImage>& p
                               Reason reason) {
     --inProgress_;
     const bool newest = ticket == signs_->newest;
+    const bool reported = newest && picture && reason == Reason::Wanted;
     if (picture && !picture->isNull()) {
-        thumbnails_.insert(QByteArray::fromStdString(keyOf(asset)), new QImage(*picture),
+        const PictureCached cached = reported ? PictureCached::Seen : PictureCached::Unseen;
+        thumbnails_.insert(QByteArray::fromStdString(keyOf(asset)), new CachedPicture{*picture, cached},
                            picture->sizeInBytes());
     } else if (picture && newest) {
         if (undecodable_.size() >= rememberedFailures)
             undecodable_.clear();
         undecodable_.insert(keyOf(asset));
     }
-    if (newest && picture && reason == Reason::Wanted)
+    if (reported)
         Q_EMIT finished(asset, *picture);
     if (reason == Reason::Prefetch || !idle_.isActive())
         prefetchNext();

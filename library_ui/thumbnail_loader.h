@@ -7,6 +7,8 @@
 // progress.
 #pragma once
 
+#include "library_ui/preview_state.h"
+
 #include "catalog/asset.h"
 #include "support/serial_queue.h"
 
@@ -41,6 +43,9 @@ public:
     qint64 costLimit() const;
     /// The cached picture, or a null image.
     QImage cached(const Asset& asset) const;
+    /// The same for a picture about to be shown: from now on it counts as seen, as one that finished() told
+    /// of does, for as long as it stays cached.
+    CachedPicture present(const Asset& asset);
     /// Makes the picture of `asset`; finished() follows unless a newer request or cancel() comes first.
     void request(const Asset& asset);
     /// Drops the wish for the last requested picture (it is cached if already in progress).
@@ -70,7 +75,7 @@ private:
     void deliver(const Asset& asset, const std::optional<QImage>& picture, quint64 ticket, Reason reason);
     void prefetchNext();
 
-    QCache<QByteArray, QImage> thumbnails_;
+    QCache<QByteArray, CachedPicture> thumbnails_;
     std::unordered_set<std::string> undecodable_;
     std::vector<Asset> neighbours_;
     QTimer idle_;

@@ -110,6 +110,28 @@ TEST_F(ControllerPlayback, ShowingAnotherAssetStopsTheClip) {
     EXPECT_TRUE(app().previewPane().canvas.imageView->isVisible());
 }
 
+TEST_F(ControllerPlayback, APicturePreparedAheadIsNewTheFirstTime) {
+    std::filesystem::rename(media_ + "/broken.mov", folder_ / "broken.mov");
+    std::filesystem::copy_file(media_ + "/still.png", media_ + "/still 2.png");
+    begin();
+    const auto noticeOf = [this](const std::string& name) {
+        clickRow(name);
+        EXPECT_TRUE(waitUntil([this] { return app().previewPane().fileButtons.copy->isEnabled(); }));
+        return app().previewPane().text.notice->text();
+    };
+    const QString first = "拖出原文件可复制或导入，图片预览不会修改原件。";
+    const QString again = "拖出文件可复制或导入；⌘C 复制所选文件，随后在 Finder 中 ⌘V 粘贴。";
+    clickRow("still.png");
+    EXPECT_TRUE(waitUntil([&] { return app().previewPane().text.notice->text() == first; }));
+    const auto row = app().index().assets()->rowOf(media_ + "/still 2.png");
+    ASSERT_TRUE(row);
+    const Asset next = app().index().assets()->asset(*row);
+    ASSERT_TRUE(waitUntil([&] { return !app().thumbnails().cached(next).isNull(); }));
+    EXPECT_EQ(noticeOf("still 2.png"), first);
+    EXPECT_EQ(noticeOf("still.png"), again);
+    EXPECT_EQ(noticeOf("still 2.png"), again);
+}
+
 TEST_F(ControllerPlayback, AnUndecodableClipSaysSo) {
     begin();
     clickRow("broken.mov");

@@ -138,9 +138,14 @@ TEST_F(PreviewPaneTest, APictureComesFromTheCacheOrLater) {
     p.pane.showAsset(sample("b.JPG"), Favorite::No);
     EXPECT_EQ(p.onCanvas(), p.pane.canvas.artwork);
     EXPECT_TRUE(p.pane.canvas.imageView->picture().isNull()) << "the old picture is gone";
-    p.pane.showFileState(FileState::Present, picture);
+    p.pane.showFileState(FileState::Present, {picture, PictureCached::Seen});
     EXPECT_EQ(p.onCanvas(), p.pane.canvas.imageView);
     EXPECT_EQ(p.pane.text.notice->text(), presentNotice);
+
+    p.pane.showAsset(sample("prepared.JPG"), Favorite::No);
+    p.pane.showFileState(FileState::Present, {picture, PictureCached::Unseen});
+    EXPECT_EQ(p.onCanvas(), p.pane.canvas.imageView);
+    EXPECT_EQ(p.pane.text.notice->text(), "拖出原文件可复制或导入，图片预览不会修改原件。");
 
     p.show("c.JPG");
     p.pane.showPicture({});

@@ -39,7 +39,9 @@ TEST(PreviewState, NoticesSayWhatIsKnown) {
         const char* text;
     } rows[] = {
         {PreviewMode::Picture, FileState::Present, PictureCached::No, "正在准备图片预览…"},
-        {PreviewMode::Picture, FileState::Present, PictureCached::Yes,
+        {PreviewMode::Picture, FileState::Present, PictureCached::Unseen,
+         "拖出原文件可复制或导入，图片预览不会修改原件。"},
+        {PreviewMode::Picture, FileState::Present, PictureCached::Seen,
          "拖出文件可复制或导入；⌘C 复制所选文件，随后在 Finder 中 ⌘V 粘贴。"},
         {PreviewMode::Audio, FileState::Present, PictureCached::No,
          "拖出文件可复制或导入；⌘C 复制所选文件，随后在 Finder 中 ⌘V 粘贴。"},
@@ -47,7 +49,7 @@ TEST(PreviewState, NoticesSayWhatIsKnown) {
          "拖出文件可复制或导入；⌘C 复制所选文件，随后在 Finder 中 ⌘V 粘贴。"},
         {PreviewMode::Other, FileState::Present, PictureCached::No,
          "此素材可直接拖出、复制，或点击“外部打开”交给对应软件。"},
-        {PreviewMode::Picture, FileState::Missing, PictureCached::Yes,
+        {PreviewMode::Picture, FileState::Missing, PictureCached::Seen,
          "文件暂不可用：请连接素材硬盘；若文件已移动，请刷新索引。"},
         {PreviewMode::Other, FileState::Missing, PictureCached::No,
          "文件暂不可用：请连接素材硬盘；若文件已移动，请刷新索引。"},

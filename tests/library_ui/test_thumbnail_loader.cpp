@@ -185,6 +185,23 @@ TEST_F(Thumbnails, NeighboursArePreparedWhileIdle) {
     EXPECT_EQ(reports.list.size(), 1U) << "what was prepared ahead is not reported";
 }
 
+TEST_F(Thumbnails, APicturePreparedAheadIsUnseenUntilItIsShown) {
+    ThumbnailLoader loader;
+    const Reports reports(loader);
+    const Asset shown = make("1.png");
+    const Asset next = make("2.png");
+    EXPECT_EQ(loader.present(shown).cached, PictureCached::No);
+    EXPECT_TRUE(loader.present(shown).image.isNull());
+    loader.request(shown);
+    loader.prefetch(shown, {next});
+    ASSERT_TRUE(waitUntil([&] { return !loader.cached(next).isNull(); }));
+    EXPECT_EQ(loader.present(shown).cached, PictureCached::Seen) << "it was reported";
+    EXPECT_EQ(loader.present(next).cached, PictureCached::Unseen);
+    const CachedPicture again = loader.present(next);
+    EXPECT_EQ(again.cached, PictureCached::Seen);
+    EXPECT_EQ(again.image.size(), loader.cached(next).size());
+}
+
 TEST_F(Thumbnails, PreparingAheadCanBeSwitchedOff) {
     ThumbnailLoader loader;
     const Reports reports(loader);
