@@ -487,13 +487,23 @@ void Controller::showPreview(const Asset& asset) {
     if (mode == PreviewMode::Picture && thumbnails_.cached(asset).isNull())
         thumbnails_.request(asset);
     thumbnails_.prefetch(asset, libraryView_->neighbours(neighboursAhead));
-    if (mode != PreviewMode::Audio && mode != PreviewMode::Video)
-        return;
-    playback_.load(asset.path, mode);
+    loadClip(asset);
     if (settings_.autoplay && mode == PreviewMode::Audio) {
         playback_.play();
         remember(asset.path);
     }
+}
+
+void Controller::loadClip(const Asset& asset) {
+    const PreviewMode mode = previewModeOf(asset);
+    if (mode == PreviewMode::Audio || mode == PreviewMode::Video)
+        playback_.load(asset.path, mode);
+}
+
+void Controller::loadClipAgain() {
+    // A file being renamed is not held open; behind the organizer nothing plays.
+    if (selected_ && !index_.renaming() && statusFacts_.workspace == Workspace::Management)
+        loadClip(*selected_);
 }
 
 void Controller::thumbnailFinished(const Asset& asset, const QImage& picture) {
@@ -525,7 +535,11 @@ void Controller::updatePlayButton() {
 }
 
 void Controller::togglePlay() {
-    if (!previewPane_->transport.play->isEnabled() || !playback_.hasPlayer())
+    if (!previewPane_->transport.play->isEnabled())
+        return;
+    if (!playback_.hasPlayer())
+        loadClipAgain();
+    if (!playback_.hasPlayer())
         return;
     const bool starts = !playback_.isPlaying();
     playback_.togglePlay();

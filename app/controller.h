@@ -130,6 +130,9 @@ private:
     void askForNewName(const Asset& asset);
     void performRename(const Asset& asset, const std::string& baseName);
     void showPreview(const Asset& asset);
+    void loadClip(const Asset& asset);
+    /// Brings back the clip shown after the organizer's workspace has stopped it.
+    void loadClipAgain();
     void rememberAll(const std::vector<std::string>& paths);
     Favorite favoriteState() const;
     FilterRequest filterRequest() const;

@@ -70,6 +70,7 @@ public:
     const SharedAssets& assets() const { return assets_; }
     const SharedKeys& keys() const { return keys_; }
     bool scanning() const { return scanning_; }
+    bool renaming() const { return renaming_; }
     bool pendingScan() const { return pendingScan_; }
     const std::string& scanSummary() const { return scanSummary_; }
     bool catalogRecovery() const { return catalogRecovery_; }

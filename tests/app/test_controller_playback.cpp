@@ -97,6 +97,26 @@ TEST_F(ControllerPlayback, SwitchingToTheOrganizerStopsTheClip) {
     EXPECT_FALSE(app().playback().hasPlayer());
 }
 
+TEST_F(ControllerPlayback, BackFromTheOrganizerTheClipPlaysAgain) {
+    begin();
+    choose("film.mp4");
+    app().frame().workspaceControl().choose(1);
+    app().frame().window()->onSpace();
+    EXPECT_FALSE(app().playback().hasPlayer()) << "nothing plays behind the organizer";
+    app().frame().workspaceControl().choose(0);
+    EXPECT_FALSE(app().playback().hasPlayer());
+    ASSERT_TRUE(play().isEnabled());
+    QTest::mouseClick(&play(), Qt::LeftButton);
+    EXPECT_TRUE(app().playback().isPlaying());
+    EXPECT_EQ(play().text(), "暂停");
+    EXPECT_THAT(app().settings().recent, ElementsAre(media_ + "/film.mp4"));
+    EXPECT_TRUE(waitUntil([this] { return app().previewPane().transport.time->text().endsWith(" / 0:20"); }));
+    EXPECT_TRUE(app().previewPane().canvas.playerView->isVisible());
+    pressSpaceInList();
+    EXPECT_FALSE(app().playback().isPlaying());
+    EXPECT_TRUE(app().playback().hasPlayer());
+}
+
 TEST_F(ControllerPlayback, ShowingAnotherAssetStopsTheClip) {
     begin();
     choose("film.mp4");
