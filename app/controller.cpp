@@ -434,7 +434,7 @@ void Controller::askForNewName(const Asset& asset) {
 }
 
 void Controller::performRename(const Asset& asset, const std::string& baseName) {
-    if (index_.scanning())
+    if (!index_.canRename())
         return setStatus("请等索引刷新完成后再改名");
     stopPlayer();
     index_.rename(asset, baseName);

@@ -147,7 +147,7 @@ void LibraryIndex::finishRefresh(const std::vector<std::string>& roots, const Re
 }
 
 bool LibraryIndex::rename(const Asset& asset, const std::string& baseName) {
-    if (loading_ || scanning_ || renaming_)
+    if (!canRename())
         return false;
     renaming_ = true;
     struct Renamed {

@@ -82,8 +82,10 @@ public:
     /// wanted. Asked for during the load or a rename, it starts right after. The caller has set
     /// settings.pendingRefresh and saved before.
     void refresh();
-    /// Renames the file of `asset` and lets the list follow; renamed() follows. False, doing nothing, while
-    /// the load, a refresh or another rename runs. A refresh asked for meanwhile starts afterwards.
+    /// Whether rename() would begin: not while the load, a refresh or another rename runs.
+    bool canRename() const { return !loading_ && !scanning_ && !renaming_; }
+    /// Renames the file of `asset` and lets the list follow; renamed() follows. False, doing nothing, unless
+    /// canRename(). A refresh asked for meanwhile starts afterwards.
     bool rename(const Asset& asset, const std::string& baseName);
 
 Q_SIGNALS:

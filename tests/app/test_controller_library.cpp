@@ -289,6 +289,28 @@ TEST_F(Library, RenamingWaitsForTheRefresh) {
     EXPECT_TRUE(app().previewPane().fileButtons.rename->isEnabled());
 }
 
+TEST_F(Library, RenamingWaitsForTheRenameBefore) {
+    shownBecomes("clip.mov");
+    app().renameFile();
+    app().renameFile();
+    QList<Sheet*> sheets;
+    ASSERT_TRUE(waitUntil([&] {
+        sheets = app().frame().window()->findChildren<Sheet*>();
+        return sheets.size() == 2;
+    }));
+    sheets[0]->findChild<QLineEdit*>()->setText("first");
+    sheets[1]->findChild<QLineEdit*>()->setText("second");
+    sheets[0]->button(0)->click();
+    ASSERT_TRUE(app().index().renaming());
+    sheets[1]->button(0)->click();
+    EXPECT_EQ(status(), "请等索引刷新完成后再改名");
+    EXPECT_TRUE(waitUntil([this] { return status() == "已同步重命名原文件：first.mov"; }));
+    waitForFilter();
+    EXPECT_THAT(listed(), testing::Contains("first.mov"));
+    EXPECT_TRUE(std::filesystem::exists(media_ + "/b/first.mov"));
+    EXPECT_FALSE(std::filesystem::exists(media_ + "/b/second.mov"));
+}
+
 TEST_F(Library, ARefreshSaysWhatItDoes) {
     QTest::mouseClick(&app().frame().refreshButton(), Qt::LeftButton);
     EXPECT_EQ(status(), "正在建立索引…素材文件保持原位置。");

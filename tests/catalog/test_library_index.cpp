@@ -350,6 +350,8 @@ TEST_F(Index, ARenamedFileIsFollowedByListAndCatalog) {
     settings_.roots = {media_.path()};
     ASSERT_TRUE(refresh());
     ASSERT_TRUE(index_->rename(index_->assets()->asset(0), "9"));
+    EXPECT_TRUE(index_->renaming());
+    EXPECT_FALSE(index_->canRename());
     EXPECT_FALSE(index_->rename(index_->assets()->asset(1), "8")) << "one at a time";
     ASSERT_TRUE(waitUntil([this] { return saves_.size() == 1; }));
     ASSERT_EQ(renames_.size(), 1U);
