@@ -18,7 +18,7 @@ std::string after(const std::string& text, const std::string& mark) {
 
 // An error of the parser carries its kind and an English sentence; the names are taken from that.
 std::string usageText(const CLI::ParseError& error) {
-    const std::string text = error.what();
+    std::string text = error.what();
     switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
         case CLI::ExitCodes::RequiredError:
             if (text.starts_with("A subcommand"))
