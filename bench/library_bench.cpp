@@ -20,6 +20,7 @@
 #include <unicode/translit.h>
 
 #include "bench/measure.h"
+#include "bench/temporary_folder.h"
 #include "catalog/asset_filter.h"
 #include "catalog/catalog_store.h"
 #include "catalog/category.h"
@@ -33,26 +34,6 @@ namespace morvane::bench {
 namespace {
 
 constexpr std::size_t filesInAFolder = 50;
-
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "morvane-bench-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr)
-            throw std::system_error(errno, std::generic_category(), pattern);
-        path_ = pattern;
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    const std::string& path() const { return path_; }
-
-private:
-    std::string path_;
-};
 
 // Names as video makers have them: camera numbers, takes, Chinese words, now and then an accent.
 std::string nameOf(std::size_t number) {

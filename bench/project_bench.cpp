@@ -18,6 +18,7 @@
 #include <thread>
 
 #include "bench/measure.h"
+#include "bench/temporary_folder.h"
 #include "platform/exclusive_rename.h"
 #include "platform/run_process.h"
 #include "project/duplicates.h"
@@ -35,26 +36,6 @@ namespace morvane::bench {
 namespace {
 
 constexpr std::size_t mebibyte = 1'048'576;
-
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "morvane-bench-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr)
-            throw std::system_error(errno, std::generic_category(), pattern);
-        path_ = std::filesystem::canonical(pattern).string();
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
-};
 
 /// Writes a file of random bytes; the same seed gives the same bytes.
 void writeRandom(const std::string& path, std::size_t size, std::uint64_t seed) {

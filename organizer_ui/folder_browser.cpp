@@ -20,6 +20,7 @@
 #include "app/theme/text_field.h"
 #include "app/theme/theme.h"
 #include "organizer_ui/panel_parts.h"
+#include "organizer_ui/row_list.h"
 #include "support/deliver.h"
 #include "support/path_text.h"
 #include "support/text_fold.h"
@@ -111,14 +112,7 @@ QSize FolderCell::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) cons
 }
 
 FolderListView::FolderListView(QWidget* parent) : QListView(parent) {
-    setFrameShape(QFrame::NoFrame);
-    setUniformItemSizes(true);
-    setEditTriggers(NoEditTriggers);
-    setVerticalScrollMode(ScrollPerPixel);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setMouseTracking(true);
-    setAutoFillBackground(false);
-    viewport()->setAutoFillBackground(false);
+    setUpRowList(*this);
     setItemDelegate(new FolderCell(this));
 }
 

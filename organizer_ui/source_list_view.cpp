@@ -7,6 +7,7 @@
 #include "app/theme/row_view.h"
 #include "app/theme/symbols.h"
 #include "app/theme/theme.h"
+#include "organizer_ui/row_list.h"
 #include "organizer_ui/source_list_model.h"
 
 namespace morvane {
@@ -69,15 +70,8 @@ QSize SourceCell::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) cons
 }
 
 SourceListView::SourceListView(QWidget* parent) : QListView(parent) {
-    setFrameShape(QFrame::NoFrame);
-    setUniformItemSizes(true);
+    setUpRowList(*this);
     setSelectionMode(ExtendedSelection);
-    setEditTriggers(NoEditTriggers);
-    setVerticalScrollMode(ScrollPerPixel);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setMouseTracking(true);
-    setAutoFillBackground(false);
-    viewport()->setAutoFillBackground(false);
     viewport()->setAcceptDrops(false);  // the card around the list takes what is dropped
     setItemDelegate(new SourceCell(this));
 }
