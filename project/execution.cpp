@@ -151,7 +151,7 @@ private:
     void processItem(std::size_t index);
     void checkVerified(std::size_t index);
     void adopt(std::size_t index);
-    void completeAdopted(std::size_t index, bool isOurs) const;
+    void completeAdopted(std::size_t index) const;
     void copyItem(std::size_t index);
     void prepareNextWrites(std::size_t index, const std::string& digest);
     void countAsDone(std::size_t index);
@@ -216,7 +216,7 @@ void Run::adopt(std::size_t index) {
     if ((planned.sourceHash && *planned.sourceHash != digest) || hasher_.hashFile(finalFile(index)) != digest)
         failWith(project_text::destinationDiffers);
     ProjectFileRecord& record = manifest_.files[index];
-    completeAdopted(index, record.state == ProjectFileState::copying);
+    completeAdopted(index);
     record.state = ProjectFileState::verified;
     record.sha256 = std::move(digest);
     record.error.reset();
@@ -224,13 +224,18 @@ void Run::adopt(std::size_t index) {
     writer_.persist(manifest_, index);
 }
 
-/// The run that left this file may have died before it gave the file its date and mode (`isOurs`: that run
-/// published it), or before it flushed the file, its name, or the folders made for it: what is recorded
-/// as verified has to survive a power cut.
-void Run::completeAdopted(std::size_t index, bool isOurs) const {
+/// The run that left this file may have died before it gave the file its date and mode, or before it
+/// flushed the file, its name, or the folders made for it: what is recorded as verified has to survive a
+/// power cut.
+void Run::completeAdopted(std::size_t index) const {
     const std::string file = finalFile(index).path;
     const UniqueFd adopted = openRead(fileLocation(file));
-    if (isOurs)
+    // The mode tells where a stop or a failure has replaced the record's state since; the state tells
+    // where the file system keeps no modes.
+    struct stat status {};
+    const bool hasFirstMode =
+        ::fstat(adopted.get(), &status) == 0 && (status.st_mode & 0777) == VerifiedCopier::unpublishedMode;
+    if (hasFirstMode || manifest_.files[index].state == ProjectFileState::copying)
         setCopyAttributes(adopted.get(), item(index).modified);
     if (::fsync(adopted.get()) != 0)
         throwErrno();

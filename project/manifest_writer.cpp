@@ -23,12 +23,7 @@ void stamp(ProjectManifest& manifest) {
     manifest.updatedAt = std::time(nullptr);
 }
 
-void flushWhole(const Copy& copy) {
-    if (::fsync(copy.file.get()) != 0)
-        throwErrno();
-}
-
-/// The size of a copy that was brought up to date is the same as before: its content is enough.
+/// Of a file that had its name before: its content (and a changed size) is enough.
 void flushContent(int file) {
     if (::fdatasync(file) != 0)
         throwErrno();
@@ -195,13 +190,24 @@ bool ManifestWriter::setRecord(std::size_t index, const ProjectFileRecord& recor
     return true;
 }
 
+/// A new file with the present text, flushed.
+Copy ManifestWriter::newCopy() const {
+    Copy copy = copies_.make(*text_);
+    try {
+        if (::fsync(copy.file.get()) != 0)
+            throwErrno();
+    } catch (...) {
+        copies_.remove(copy);
+        throw;
+    }
+    return copy;
+}
+
 /// A complete, flushed copy of the present text: the oldest spare brought up to date, or a new file.
 Copy ManifestWriter::nextCopy(const ProjectManifest& manifest) {
     if (wantsAnotherSpare(manifest)) {
         try {
-            Copy copy = copies_.make(*text_);
-            flushWhole(copy);
-            return copy;
+            return newCopy();
         } catch (const std::system_error& error) {
             // A full disk ends no run that can go on with the copies it has.
             if (copies_.spares() == 0 || error.code() != std::errc::no_space_on_device)
@@ -241,9 +247,8 @@ bool ManifestWriter::wantsAnotherSpare(const ProjectManifest& manifest) const {
 void ManifestWriter::replace(const std::function<void()>& beforePublishing) {
     copies_.checkTarget();
     copies_.forget();
-    Copy copy = copies_.make(*text_);
+    Copy copy = newCopy();
     try {
-        flushWhole(copy);
         if (beforePublishing)
             beforePublishing();
     } catch (...) {

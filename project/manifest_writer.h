@@ -63,6 +63,7 @@ private:
     void dropPrepared(const ProjectManifest& manifest);
     void removePrepared();
     bool setRecord(std::size_t index, const ProjectFileRecord& record);
+    ManifestCopies::Copy newCopy() const;
     ManifestCopies::Copy nextCopy(const ProjectManifest& manifest);
     bool wantsAnotherSpare(const ProjectManifest& manifest) const;
     void replace(const std::function<void()>& beforePublishing);

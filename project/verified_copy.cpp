@@ -163,7 +163,7 @@ std::string VerifiedCopier::copy(const ProjectPlanItem& item, const FileUrl& roo
     state_->folderFlush.wait();
     Destination destination = openDestination(item, root);
     const Source source = openUnchangedSource(item);
-    TemporaryFile temporary(destination.folder.get(), 0600);
+    TemporaryFile temporary(destination.folder.get(), unpublishedMode);
     if (!temporary)
         failWith(project_text::cannotMakeTemporary);
     ByteCount total(byteProgress);

@@ -1,6 +1,8 @@
 // The verified copy of one file, and the folders it needs inside the project.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -32,6 +34,9 @@ public:
 
     /// The digest of what was copied, when all of it is written but neither flushed nor verified.
     using Written = std::function<void(const std::string& digest)>;
+
+    /// The mode of a copy until it has its final name.
+    static constexpr mode_t unpublishedMode = 0600;
 
     explicit VerifiedCopier(JobContext& context);
     ~VerifiedCopier();

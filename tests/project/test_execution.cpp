@@ -320,6 +320,27 @@ TEST_F(Execution, AnEqualFileThatAlreadyStandsIsAdopted) {
     EXPECT_FALSE(onDisk().fcpxmlFilename);
 }
 
+TEST_F(Execution, AnAdoptedCopyGetsTheDateAndModeThatItsRunCouldNotGive) {
+    setModified(place.source("a.mov"), 1'500'000'000);
+    setModified(place.source("b.mov"), 1'500'000'000);
+    execute(plan());
+    ProjectManifest manifest = onDisk();
+    manifest.files[0] = {manifest.files[0].itemID, copying, {}, {}};
+    manifest.files[1] = {manifest.files[1].itemID, cancelled, {}, "stopped when it was resumed"};
+    leave(manifest);
+    for (const char* name : {"a.mov", "b.mov"}) {
+        setModified(copyPath(name), 1'700'000'000);
+        ASSERT_EQ(::chmod(copyPath(name).c_str(), 0600), 0);
+    }
+    EXPECT_EQ(retry().copiedCount, 3);
+    for (const char* name : {"a.mov", "b.mov"}) {
+        struct stat copy {};
+        ASSERT_EQ(::stat(copyPath(name).c_str(), &copy), 0);
+        EXPECT_EQ(copy.st_mode & 0777, 0644U) << name;
+        EXPECT_EQ(copy.st_mtim.tv_sec, 1'500'000'000) << name;
+    }
+}
+
 TEST_F(Execution, AStandingFileIsNotAdoptedUnlessItIsTheSource) {
     execute(plan());
     ProjectManifest manifest = onDisk();
