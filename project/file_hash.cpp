@@ -8,7 +8,6 @@
 #include <array>
 #include <cerrno>
 
-#include "project/safe_open.h"
 #include "support/system_error.h"
 
 namespace morvane {
@@ -41,7 +40,7 @@ void ByteCount::add(std::size_t count) {
 }
 
 std::string FileHasher::hashFile(const FileUrl& url, const OnRead& onRead) {
-    const UniqueFd file = openRead(url);
+    const UniqueFd file = opener_.openRead(url);
     return hashOpen(file.get(), onRead);
 }
 
@@ -90,7 +89,7 @@ void FileHasher::feed(int file, std::int64_t offset, std::size_t count) {
 
 std::string FileHasher::fastFingerprint(const FileUrl& url, std::int64_t size) {
     context_.throwIfCancelled();
-    const UniqueFd file = openRead(url);
+    const UniqueFd file = opener_.openRead(url);
     constexpr auto piece = static_cast<std::int64_t>(fingerprintPiece);
     digest_.reset();
     digest_.update(std::to_string(size));
@@ -103,7 +102,7 @@ std::string FileHasher::fastFingerprint(const FileUrl& url, std::int64_t size) {
 
 std::string FileHasher::headFingerprint(const FileUrl& url) {
     context_.throwIfCancelled();
-    const UniqueFd file = openRead(url);
+    const UniqueFd file = opener_.openRead(url);
     // Only this piece is wanted: no reading ahead.
     ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_RANDOM);
     digest_.reset();

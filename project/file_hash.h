@@ -7,6 +7,7 @@
 
 #include "project/block_pipe.h"
 #include "project/job_context.h"
+#include "project/safe_open.h"
 #include "support/file_url.h"
 #include "support/sha256.h"
 
@@ -27,7 +28,8 @@ private:
     std::int64_t told_ = 0;
 };
 
-/// Keeps one digest, its buffers and its second thread between files. One thread uses it at a time.
+/// Keeps one digest, its buffers, its second thread and the way to the last file's folder between files. One
+/// thread uses it at a time.
 class FileHasher {
 public:
     /// Bytes read so far, as ByteCount tells them; on the calling thread.
@@ -53,6 +55,7 @@ private:
     void feed(int file, std::int64_t offset, std::size_t count);
 
     JobContext& context_;
+    SafeOpener opener_;
     BlockPipe pipe_;
     Sha256 digest_;
 };

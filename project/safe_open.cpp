@@ -1,7 +1,10 @@
 #include "project/safe_open.h"
 
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -25,16 +28,38 @@ UniqueFd openBelow(const UniqueFd& folder, std::string_view piece) {
 }
 
 /// Reading must leave no trace, not even an access date; only a file's owner may ask for that.
-UniqueFd openQuietly(int folder, const char* name) {
+/// `open` gets the flags of open(2) and gives a descriptor or -1.
+template <class Open>
+UniqueFd openQuietly(const Open& open) {
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    UniqueFd file(::openat(folder, name, flags | O_NOATIME));
+    UniqueFd file(open(flags | O_NOATIME));
     if (!file && errno == EPERM)
-        file.reset(::openat(folder, name, flags));
+        file.reset(open(flags));
     return file;
 }
 
 bool isSpecial(mode_t mode) {
     return !S_ISREG(mode) && !S_ISDIR(mode) && !S_ISLNK(mode);
+}
+
+bool isRegular(const UniqueFd& file) {
+    struct stat status {};
+    return ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+/// The regular file at absolute `path` when no link is on the way there; nothing otherwise, and where
+/// the system does not know this call.
+UniqueFd openWithoutLinks(const std::string& path) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return {};
+    UniqueFd file = openQuietly([&path](int flags) {
+        open_how how{};
+        how.flags = static_cast<decltype(how.flags)>(flags);
+        how.resolve = RESOLVE_NO_SYMLINKS;
+        return static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how));
+    });
+    return file && isRegular(file) ? std::move(file) : UniqueFd();
 }
 
 }  // namespace
@@ -71,11 +96,22 @@ UniqueFd openRead(const FileUrl& url) {
     // Devices, sockets and FIFOs are not even opened: for some of them that alone has effects.
     if (::fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && isSpecial(status.st_mode))
         failWith(project_text::sourceNotRegular);
-    UniqueFd file = openQuietly(folder.get(), name.c_str());
+    UniqueFd file = openQuietly([&](int flags) { return ::openat(folder.get(), name.c_str(), flags); });
     if (!file)
         failWith(project_text::cannotReadSourcePrefix, shownName(name));
-    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (!isRegular(file))
         failWith(project_text::sourceNotRegular);
+    return file;
+}
+
+UniqueFd SafeOpener::openRead(const FileUrl& url) {
+    const std::string_view folder = parentPath(url.path);
+    if (url.path.starts_with('/') && folder == reachedFolder_)
+        if (UniqueFd file = openWithoutLinks(url.path))
+            return file;
+    reachedFolder_.clear();
+    UniqueFd file = morvane::openRead(url);
+    reachedFolder_ = folder;
     return file;
 }
 

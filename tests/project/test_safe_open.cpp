@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <functional>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -98,6 +100,66 @@ TEST(OpenRead, UnreadableForAnotherUser) {
     ASSERT_EQ(::seteuid(0), 0);
     EXPECT_EQ(inShut, sentence(project_text::sourceParentPrefix, "shut（" + systemErrorText(EACCES) + "）"));
     EXPECT_EQ(onFile, sentence(project_text::cannotReadSourcePrefix, "b.mov"));
+}
+
+/// What opening `path` says right after another file of its folder was opened.
+std::string nextOpenError(const std::string& opened, const std::string& path,
+                          const std::function<void()>& between = {}) {
+    SafeOpener opener;
+    opener.openRead(fileLocation(opened));
+    if (between)
+        between();
+    return errorOf([&] { opener.openRead(fileLocation(path)); });
+}
+
+TEST(SafeOpener, OpensOneFileAfterTheOther) {
+    const Workplace place;
+    makeTree(place.source(""), {{"a/1.mov", "first"}, {"a/2.mov", "second"}, {"b/3.mov", "third"}});
+    SafeOpener opener;
+    for (const auto& [name, content] : {std::pair{"a/1.mov", "first"}, std::pair{"a/2.mov", "second"},
+                                        std::pair{"b/3.mov", "third"}, std::pair{"a/1.mov", "first"}}) {
+        const UniqueFd file = opener.openRead(fileLocation(place.source(name)));
+        char bytes[16] = {};
+        EXPECT_GT(::read(file.get(), bytes, sizeof bytes), 0);
+        EXPECT_STREQ(bytes, content);
+        EXPECT_NE(::fcntl(file.get(), F_GETFD) & FD_CLOEXEC, 0);
+    }
+}
+
+TEST(SafeOpener, LeavesNoAccessDate) {
+    const Workplace place;
+    makeTree(place.source(""), {{"a.mov", "a"}, {"b.mov", "b"}});
+    const timespec times[2] = {{1'000'000'000, 0}, {1'700'000'000, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, place.source("b.mov").c_str(), times, 0), 0);
+    SafeOpener opener;
+    opener.openRead(fileLocation(place.source("a.mov")));
+    const UniqueFd file = opener.openRead(fileLocation(place.source("b.mov")));
+    char byte = 0;
+    EXPECT_EQ(::read(file.get(), &byte, 1), 1);
+    struct stat status {};
+    ASSERT_EQ(::stat(place.source("b.mov").c_str(), &status), 0);
+    EXPECT_EQ(status.st_atim.tv_sec, 1'000'000'000);
+}
+
+TEST(SafeOpener, RefusesWhatAppearsBetweenTwoFiles) {
+    const Workplace place;
+    makeTree(place.source(""), {{"top/in/a.mov", "a"}, {"top/in/folder/", ""}});
+    const std::string opened = place.source("top/in/a.mov");
+    std::filesystem::create_symlink("a.mov", place.source("top/in/link.mov"));
+    ASSERT_EQ(::mkfifo(place.source("top/in/pipe.mov").c_str(), 0600), 0);
+    EXPECT_EQ(nextOpenError(opened, place.source("top/in/link.mov")),
+              sentence(project_text::cannotReadSourcePrefix, "link.mov"));
+    EXPECT_EQ(nextOpenError(opened, place.source("top/in/none.mov")),
+              sentence(project_text::cannotReadSourcePrefix, "none.mov"));
+    EXPECT_EQ(nextOpenError(opened, place.source("top/in/pipe.mov")), project_text::sourceNotRegular);
+    EXPECT_EQ(nextOpenError(opened, place.source("top/in/folder")), project_text::sourceNotRegular);
+    const std::string notFolder = "（" + systemErrorText(ENOTDIR) + "）";
+    EXPECT_EQ(nextOpenError(opened, opened,
+                            [&] {
+                                std::filesystem::rename(place.source("top"), place.source("moved"));
+                                std::filesystem::create_directory_symlink("moved", place.source("top"));
+                            }),
+              sentence(project_text::sourceParentPrefix, "top" + notFolder));
 }
 
 TEST(OpenFolder, FollowsNoLink) {
