@@ -14,7 +14,7 @@ class JobContext {
 public:
     /// WhenDue reports may be dropped by the receiver's throttle; Always ones never are.
     enum class Delivery { WhenDue, Always };
-    /// Asked from the job's thread, often (before every file and after every block): must be quick.
+    /// Asked from the job's threads, often (before every file and after every block): must be quick.
     using CancelCheck = std::function<bool()>;
     /// Called on the job's thread, in order; must not block and must not throw.
     using ProgressSink = std::function<void(const ProjectProgress&, Delivery)>;

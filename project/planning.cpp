@@ -1,13 +1,9 @@
 #include "project/planning.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <optional>
 #include <utility>
 
 #include "platform/package_types.h"
@@ -19,6 +15,8 @@
 #include "project/project_template.h"
 #include "project/safe_open.h"
 #include "project/safe_paths.h"
+#include "project/side_task.h"
+#include "project/source_walk.h"
 #include "support/path_text.h"
 #include "support/text_fold.h"
 #include "support/uuid.h"
@@ -45,36 +43,9 @@ bool isSupportedEdit(const ProjectRequest& request) {
            isSupportedSide(request.width) && isSupportedSide(request.height);
 }
 
-bool isFcpLibraryName(std::string_view name) {
-    return lowerCased(name).ends_with(".fcpbundle");
-}
-
 bool isInFcpLibrary(std::string_view path) {
     const auto pieces = pathPieces(path);
     return std::any_of(pieces.begin(), pieces.end(), isFcpLibraryName);
-}
-
-struct Entry {
-    std::string name;
-    struct stat status;
-};
-
-/// The entries of an open folder in the byte order of their names; nothing when it cannot be listed.
-/// Entries that vanish meanwhile are left out.
-std::optional<std::vector<Entry>> listFolder(const UniqueFd& folder) {
-    auto names = folderNames(folder);
-    if (!names)
-        return std::nullopt;
-    std::vector<Entry> entries;
-    entries.reserve(names->size());
-    for (std::string& name : *names) {
-        Entry entry{std::move(name), {}};
-        if (::fstatat(folder.get(), entry.name.c_str(), &entry.status, AT_SYMLINK_NOFOLLOW) == 0)
-            entries.push_back(std::move(entry));
-        else if (errno != ENOENT)
-            return std::nullopt;
-    }
-    return entries;
 }
 
 /// One planning run: the plan as it grows and the names taken so far.
@@ -98,12 +69,6 @@ public:
     }
 
 private:
-    struct Frame {
-        std::string path;
-        std::string relative;  ///< path below the walked folder made safe, ending in "/" unless empty
-        std::vector<Entry> entries;
-        std::size_t next = 0;
-    };
     /// How the files below one walked folder are planned.
     struct Walk {
         bool isCameraCard;
@@ -117,8 +82,7 @@ private:
     void planSource(const FileUrl& source);
     void planFolder(const FileUrl& folder);
     void walkFolder(const FileUrl& folder, const Walk& walk);
-    void planEntry(std::vector<Frame>& frames, const Entry& entry, const Walk& walk);
-    bool isPassedOver(const std::string& path, const Entry& entry) const;
+    void planEntries(const std::vector<SourceWalk::Entry>& entries, const Walk& walk);
     void add(const FileUrl& file, const FileAttributes& attributes, const Walk* walk,
              const std::string& safeRelativePath);
 
@@ -159,42 +123,28 @@ void Planner::planFolder(const FileUrl& folder) {
     walkFolder(folder, {isCard, safeComponent(name)});
 }
 
+/// The walk goes on beside the planning of what it has found.
 void Planner::walkFolder(const FileUrl& folder, const Walk& walk) {
-    auto entries = listFolder(openFolder(folder.path));
-    if (!entries)
-        failWith(project_text::cannotScan);
-    std::vector<Frame> frames;
-    frames.push_back({folder.path, {}, *std::move(entries)});
-    while (!frames.empty()) {
-        Frame& frame = frames.back();
-        if (frame.next == frame.entries.size()) {
-            frames.pop_back();
-            continue;
-        }
-        context_.throwIfCancelled();
-        const Entry entry = std::move(frame.entries[frame.next++]);
-        planEntry(frames, entry, walk);
+    SourceWalk source(context_, folder.path, plan_.rootURL.path);
+    std::vector<SourceWalk::Entry> found = source.next();
+    std::vector<SourceWalk::Entry> following;
+    SideTask walking;
+    while (found.size() == SourceWalk::batchSize) {
+        walking.start([&] { following = source.next(); });
+        planEntries(found, walk);
+        walking.wait();
+        std::swap(found, following);
     }
+    planEntries(found, walk);
 }
 
-bool Planner::isPassedOver(const std::string& path, const Entry& entry) const {
-    if (S_ISDIR(entry.status.st_mode) && (isSystemFolderName(entry.name) || hasPackageExtension(entry.name)))
-        return true;
-    return isFcpLibraryName(entry.name) || isAtOrBelow(path, plan_.rootURL.path);
-}
-
-void Planner::planEntry(std::vector<Frame>& frames, const Entry& entry, const Walk& walk) {
-    const std::string path = joinPath(frames.back().path, entry.name);
-    if (isPassedOver(path, entry))
-        return;
-    const std::string relative = frames.back().relative + safeComponent(entry.name);
-    if (S_ISDIR(entry.status.st_mode)) {
-        auto entries = listFolder(openFolder(path));
-        if (!entries)
-            return warn(project_text::skippedUnreadablePrefix, shownName(entry.name));
-        frames.push_back({path, relative + "/", *std::move(entries)});
-    } else if (S_ISREG(entry.status.st_mode) && !isSystemFileName(entry.name)) {
-        add(fileLocation(path), attributesOf(entry.status), &walk, relative);
+void Planner::planEntries(const std::vector<SourceWalk::Entry>& entries, const Walk& walk) {
+    for (const SourceWalk::Entry& entry : entries) {
+        context_.throwIfCancelled();
+        if (entry.kind == SourceWalk::Entry::Kind::File)
+            add(fileLocation(entry.path), entry.attributes, &walk, entry.safeRelative);
+        else
+            warn(project_text::skippedUnreadablePrefix, shownName(lastPathComponent(entry.path)));
     }
 }
 

@@ -16,19 +16,32 @@ namespace {
 constexpr std::size_t digestCharacters = 64;
 constexpr std::size_t revisionWidth = 19;  // digits of the largest 64-bit signed number
 
-void appendText(std::string& out, std::string_view text) {
+bool isEscaped(char character) {
+    return character == '"' || character == '\\' || character == '/' ||
+           static_cast<unsigned char>(character) < 0x20;
+}
+
+void appendEscaped(std::string& out, char character) {
     constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::string_view named = "\"\\/\b\f\n\r\t";
+    constexpr std::string_view letters = "\"\\/bfnrt";
+    const auto byte = static_cast<unsigned char>(character);
+    if (const auto at = named.find(character); at != std::string_view::npos)
+        out.append({'\\', letters[at]});
+    else
+        out.append("\\u00").append({digits[byte >> 4], digits[byte & 15]});
+}
+
+void appendText(std::string& out, std::string_view text) {
     out.push_back('"');
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        constexpr std::string_view plain = "\"\\/\b\f\n\r\t";
-        constexpr std::string_view letters = "\"\\/bfnrt";
-        if (const auto at = plain.find(character); at != std::string_view::npos)
-            out.append({'\\', letters[at]});
-        else if (byte < 0x20)
-            out.append("\\u00").append({digits[byte >> 4], digits[byte & 15]});
-        else
-            out.push_back(character);
+    while (!text.empty()) {
+        const auto* const escaped = std::find_if(text.begin(), text.end(), isEscaped);
+        out.append(text.begin(), escaped);
+        text.remove_prefix(static_cast<std::size_t>(escaped - text.begin()));
+        if (!text.empty()) {
+            appendEscaped(out, text.front());
+            text.remove_prefix(1);
+        }
     }
     out.push_back('"');
 }
@@ -129,7 +142,6 @@ void appendRecord(std::string& out, std::size_t indent, const ProjectFileRecord&
     object.end();
 }
 
-/// A record as it stands in the list, followed by "," unless it is the last one.
 /// Record `index` of `count` as it stands in the list.
 std::string recordField(const ProjectFileRecord& record, std::size_t index, std::size_t count) {
     std::string field;

@@ -109,26 +109,37 @@ std::string ReservedNames::withFreeFolders(std::string_view path) const {
     return result;
 }
 
+/// Whether a folder of `key` is taken as a file.
+bool ReservedNames::isBelowFile(std::string_view key) const {
+    for (std::size_t slash = key.rfind('/'); slash != std::string_view::npos; slash = key.rfind('/')) {
+        key = key.substr(0, slash);
+        if (folders_.contains(key))
+            return false;
+        if (files_.contains(key))
+            return true;
+    }
+    return false;
+}
+
 std::string ReservedNames::unique(std::string_view path) {
     std::string wanted(path);
     std::string key = foldCaseAndDiacritics(wanted);
-    for (std::size_t slash = key.find('/'); slash != std::string::npos; slash = key.find('/', slash + 1)) {
-        if (!files_.contains(key.substr(0, slash)))
-            continue;
+    if (isBelowFile(key)) {
         wanted = withFreeFolders(wanted);
         key = foldCaseAndDiacritics(wanted);
-        break;
     }
     std::string candidate = wanted;
-    for (unsigned number = 2; files_.contains(key) || folders_.contains(key); ++number) {
+    for (unsigned number = 2; folders_.contains(key) || !files_.insert(key).second; ++number) {
         candidate = numbered(wanted, number);
         key = foldCaseAndDiacritics(candidate);
     }
-    for (std::size_t slash = key.rfind('/'); slash != std::string::npos && slash > 0;
-         slash = key.rfind('/', slash - 1))
-        if (!folders_.insert(key.substr(0, slash)).second)
+    std::string_view folder = key;
+    for (std::size_t slash = folder.rfind('/'); slash != std::string_view::npos; slash = folder.rfind('/')) {
+        folder = folder.substr(0, slash);
+        if (folders_.contains(folder))
             break;
-    files_.insert(std::move(key));
+        folders_.emplace(folder);
+    }
     return candidate;
 }
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -39,10 +40,18 @@ public:
     std::string unique(std::string_view path);
 
 private:
-    std::string withFreeFolders(std::string_view path) const;
+    /// Lets a part of a key be looked up without being copied.
+    struct KeyHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>{}(key); }
+    };
+    using Keys = std::unordered_set<std::string, KeyHash, std::equal_to<>>;
 
-    std::unordered_set<std::string> files_;
-    std::unordered_set<std::string> folders_;
+    std::string withFreeFolders(std::string_view path) const;
+    bool isBelowFile(std::string_view key) const;
+
+    Keys files_;
+    Keys folders_;  ///< all above the files; none of them is in files_
 };
 
 struct FileAttributes {

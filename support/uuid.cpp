@@ -18,15 +18,28 @@ bool isDashPosition(std::size_t index) {
     return index == 8 || index == 13 || index == 18 || index == 23;
 }
 
+using UuidBytes = std::array<unsigned char, 16>;
+
+/// Fetched for several at once: a plan of many files would spend its time in the system otherwise.
+UuidBytes randomBytes() {
+    struct Store {
+        std::array<UuidBytes, 16> values;  // 256 bytes: so few come whole or not at all
+        std::size_t left = 0;
+    };
+    thread_local Store store;
+    while (store.left == 0) {
+        if (::getrandom(store.values.data(), sizeof store.values, 0) == sizeof store.values)
+            store.left = store.values.size();
+        else if (errno != EINTR)
+            throwErrno();
+    }
+    return store.values[--store.left];
+}
+
 }  // namespace
 
 std::string newUuid() {
-    std::array<unsigned char, 16> bytes{};
-    // So few bytes come whole or not at all.
-    while (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-        if (errno != EINTR)
-            throwErrno();
-    }
+    UuidBytes bytes = randomBytes();
     bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);  // version 4: random
     bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);  // variant of RFC 4122
     constexpr std::string_view digits = "0123456789ABCDEF";

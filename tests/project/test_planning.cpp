@@ -344,6 +344,18 @@ TEST(Plan, DeepFoldersAreWalkedToTheEnd) {
     ASSERT_EQ(std::system(("rm -rf '" + place.source("t") + "'").c_str()), 0);
 }
 
+TEST(Plan, ManyFilesStayInTheOrderOfTheirNames) {
+    const Workplace place;
+    std::vector<std::string> expected;
+    for (int folder = 10; folder < 14; ++folder)
+        for (int file = 100; file < 600; ++file) {
+            const std::string name = "F" + std::to_string(folder) + "/C" + std::to_string(file) + ".mov";
+            writeFile(place.source("all/" + name), "");
+            expected.push_back("02_原始素材/all/" + name);
+        }
+    EXPECT_EQ(destinations(place.plan("P", {"all/"})), expected);
+}
+
 TEST(Plan, WarnsWhenTheManifestComesNearItsLimit) {
     constexpr int files = 12'000;
     const Workplace place;
