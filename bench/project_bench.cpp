@@ -15,7 +15,6 @@
 #include <random>
 #include <stdexcept>
 #include <system_error>
-#include <thread>
 
 #include "bench/measure.h"
 #include "bench/temporary_folder.h"
@@ -78,16 +77,11 @@ ProjectRequest requestFor(const std::string& source, const std::string& into) {
     return request;
 }
 
-/// Ours and a rival copy the folder "src" into "ours" and "theirs"; targets are emptied and flushed before
-/// each run, sources are in memory for both.
+/// Ours and a rival copy the folder "src" into folders of their own, new for each round; sources are in
+/// memory for both.
 class CopyContest {
 public:
-    explicit CopyContest(const TemporaryFolder& folder)
-        : source_(folder / "src"), ours_(folder / "ours"), theirs_(folder / "theirs") {
-        JobContext context;
-        std::filesystem::create_directories(ours_);
-        plan_ = planSynchronously(context, requestFor(source_, ours_));
-    }
+    explicit CopyContest(const TemporaryFolder& folder) : folder_(folder), source_(folder / "src") {}
 
     void against(const std::string& name, const std::string& rivalName, const std::function<void()>& rival,
                  double goal, std::size_t rounds) {
@@ -97,30 +91,36 @@ public:
                      if (executeSynchronously(context, plan_).failedCount != 0)
                          throw std::runtime_error("a copy failed");
                  },
-                 [this] { empty(ours_); }},
-                rivalName, {rival, [this] { empty(theirs_); }}, goal, rounds);
+                 [this] {
+                     renew(ours_, "ours");
+                     JobContext context;
+                     plan_ = planSynchronously(context, requestFor(source_, ours_));
+                 }},
+                rivalName, {rival, [this] { renew(theirs_, "theirs"); }}, goal, rounds);
     }
     std::function<void()> command(const std::string& text) const {
-        return [text = "S='" + source_ + "'; T='" + theirs_ + "'; " + text] { shell(text); };
+        return [this, text] { shell("S='" + source_ + "'; T='" + theirs_ + "'; " + text); };
     }
     const std::string& source() const { return source_; }
     const std::string& theirs() const { return theirs_; }
 
 private:
-    void empty(const std::string& folder) const {
-        std::filesystem::remove_all(folder);
-        std::filesystem::create_directories(folder);
+    /// Many files stay until the end: ext4 without a journal looks over all inodes freed within its last
+    /// minutes whenever it makes a file, and the round before would be measured, too.
+    void renew(std::string& target, const std::string& name) {
+        if (plan_.items.size() < manyFiles)
+            std::filesystem::remove_all(target);
+        target = folder_ / (name + std::to_string(++targets_));
+        std::filesystem::create_directories(target);
         ::sync();
-        // ext4 without a journal looks over all inodes freed within its last five seconds whenever it
-        // makes a file: where there are many, the round before would be measured, too.
-        if (plan_.items.size() >= manyFiles)
-            std::this_thread::sleep_for(std::chrono::seconds(6));
     }
 
-    static constexpr std::size_t manyFiles = 500;
-    std::string source_;
+    static constexpr std::size_t manyFiles = 100;
+    const TemporaryFolder& folder_;
+    const std::string source_;
     std::string ours_;
     std::string theirs_;
+    std::size_t targets_ = 0;
     ProjectPlan plan_;
 };
 
