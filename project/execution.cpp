@@ -9,6 +9,7 @@
 #include <ctime>
 #include <exception>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -23,6 +24,7 @@
 #include "project/project_template.h"
 #include "project/safe_open.h"
 #include "project/safe_paths.h"
+#include "project/side_task.h"
 #include "project/stale_files.h"
 #include "project/verified_copy.h"
 #include "support/path_text.h"
@@ -36,6 +38,8 @@ constexpr std::int64_t largestNumber = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t spaceReserve = 1'048'576;  // bytes, room for the manifest
 /// Bytes; verifying a larger file takes so long that a manifest made before would carry an old date.
 constexpr std::int64_t largestPreparedFor = 16'777'216;
+/// Bytes; beginning a larger file ahead would gain little and hold up the record of the one before.
+constexpr std::int64_t largestBegunAhead = 16'777'216;
 constexpr std::int64_t largestTotal = largestNumber - spaceReserve - 1;
 
 void checkPlan(const ProjectPlan& plan) {
@@ -112,6 +116,7 @@ public:
         writer_.persist(manifest_);
         for (std::size_t index = 0; index < manifest_.files.size() && !isCancelled_; ++index)
             processItem(index);
+        ahead_.reset();
         const bool wroteHandOff = !isCancelled_ && manifest_.plan.request.createFCP;
         if (wroteHandOff)
             handOff();
@@ -153,6 +158,8 @@ private:
     void adopt(std::size_t index);
     void completeAdopted(std::size_t index) const;
     void copyItem(std::size_t index);
+    std::shared_ptr<VerifiedCopier::Begun> begunCopy(std::size_t index);
+    void beginAhead(std::size_t index);
     void prepareNextWrites(std::size_t index, const std::string& digest);
     void countAsDone(std::size_t index);
     void recordStop(std::size_t index);
@@ -171,6 +178,15 @@ private:
     ProjectProgress progress_;
     bool isCancelled_ = false;
     std::optional<FileUrl> fcpxmlURL_;
+
+    /// A copy begun before its turn.
+    struct Ahead {
+        std::size_t index;
+        std::vector<std::int64_t> reports;  ///< counts of its bytes, not yet reported
+        std::shared_ptr<VerifiedCopier::Begun> copy;
+    };
+    std::optional<Ahead> ahead_;
+    SideTask finishing_;
 };
 
 void Run::processItem(std::size_t index) {
@@ -248,27 +264,59 @@ void Run::completeAdopted(std::size_t index) const {
     }
 }
 
+/// While this file is flushed and verified, the next one is read and written ahead of its turn.
 void Run::copyItem(std::size_t index) {
     ProjectFileRecord& record = manifest_.files[index];
     record.state = ProjectFileState::copying;
     record.error.reset();
     writer_.persist(manifest_, index);
+    auto begun = begunCopy(index);
+    prepareNextWrites(index, VerifiedCopier::digest(*begun));
+    std::string digest;
+    finishing_.start([&, begun = std::move(begun)]() mutable { digest = copier_.finish(std::move(begun)); });
+    beginAhead(index + 1);
+    finishing_.wait();
+    record.state = ProjectFileState::verified;
+    record.sha256 = std::move(digest);
+    writer_.persist(manifest_, index);
+    countAsDone(index);
+}
+
+/// The first half of a copy: what was begun ahead, or begun now. Its bytes are reported in either case.
+std::shared_ptr<VerifiedCopier::Begun> Run::begunCopy(std::size_t index) {
     ProjectProgress progress = progress_;
     progress.message =
         std::string(project_text::copyingPrefix) + shownName(item(index).sourceURL.lastComponent());
-    record.sha256 = copier_.copy(
-        item(index), manifest_.plan.rootURL,
-        [&](std::int64_t bytes) {
-            progress.completedBytes = progress_.completedBytes + bytes;
-            context_.report(progress);
-        },
-        [&](const std::string& digest) { prepareNextWrites(index, digest); });
-    record.state = ProjectFileState::verified;
-    // The folder's flush and the manifest's own go on beside each other.
-    writer_.persist(manifest_, index, [this, index] {
-        copier_.waitUntilDurable();
-        countAsDone(index);
-    });
+    const auto report = [&](std::int64_t bytes) {
+        progress.completedBytes = progress_.completedBytes + bytes;
+        context_.report(progress);
+    };
+    const auto ahead = std::exchange(ahead_, std::nullopt);
+    if (!ahead || ahead->index != index)
+        return copier_.begin(item(index), manifest_.plan.rootURL, report);
+    for (const std::int64_t bytes : ahead->reports) {
+        report(bytes);
+        context_.throwIfCancelled();
+    }
+    return ahead->copy;
+}
+
+/// Nobody sees this copy before its turn: no record, no progress, and no failure, which the next attempt
+/// will tell.
+void Run::beginAhead(std::size_t index) {
+    if (index >= manifest_.files.size() || item(index).size > largestBegunAhead ||
+        manifest_.files[index].state == ProjectFileState::verified ||
+        (kind_ == Kind::Resumed && finalFileExists(index)))
+        return;
+    try {
+        checkFolder();
+        std::vector<std::int64_t> reports;
+        auto copy = copier_.begin(item(index), manifest_.plan.rootURL,
+                                  [&](std::int64_t bytes) { reports.push_back(bytes); });
+        ahead_ = {index, std::move(reports), std::move(copy)};
+    } catch (const std::exception&) {
+        ahead_.reset();
+    }
 }
 
 /// While the copy is flushed and verified, the manifests of what most likely comes next are, too: this

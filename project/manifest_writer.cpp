@@ -44,38 +44,25 @@ void ManifestWriter::persist(ProjectManifest& manifest) {
     dropPrepared(manifest);
     stamp(manifest);
     text_.emplace(manifest);
-    replace({});
+    replace();
 }
 
-void ManifestWriter::persist(ProjectManifest& manifest, std::optional<std::size_t> changed,
-                             const std::function<void()>& beforePublishing) {
+void ManifestWriter::persist(ProjectManifest& manifest, std::optional<std::size_t> changed) {
     if (isForetold(manifest, changed) && copies_.canExchange()) {
-        publishPrepared(manifest, beforePublishing);
+        publishPrepared(manifest);
         return;
     }
     dropPrepared(manifest);
     stamp(manifest);
     if (!text_ || (changed && !setRecord(*changed, manifest.files[*changed]))) {
         text_.emplace(manifest);
-        replace(beforePublishing);
+        replace();
         return;
     }
     text_->setHead(manifest.revision, manifest.updatedAt);
     copies_.checkTarget();
-    if (!copies_.canExchange()) {
-        replace(beforePublishing);
-        return;
-    }
-    Copy next = nextCopy(manifest);
-    try {
-        if (beforePublishing)
-            beforePublishing();
-    } catch (...) {
-        copies_.remove(next);
-        throw;
-    }
-    if (!copies_.exchange(std::move(next)))
-        replace({});
+    if (!copies_.canExchange() || !copies_.exchange(nextCopy(manifest)))
+        replace();
 }
 
 void ManifestWriter::prepare(const ProjectManifest& manifest, const std::vector<Change>& changes) {
@@ -128,8 +115,7 @@ bool ManifestWriter::isForetold(const ProjectManifest& manifest, std::optional<s
            manifest.revision + 1 == prepared_.front().revision;
 }
 
-void ManifestWriter::publishPrepared(ProjectManifest& manifest,
-                                     const std::function<void()>& beforePublishing) {
+void ManifestWriter::publishPrepared(ProjectManifest& manifest) {
     try {
         preparing_.wait();
     } catch (...) {
@@ -140,17 +126,10 @@ void ManifestWriter::publishPrepared(ProjectManifest& manifest,
     prepared_.pop_front();
     manifest.revision = next.revision;
     manifest.updatedAt = next.updatedAt;
-    try {
-        if (beforePublishing)
-            beforePublishing();
-    } catch (...) {
-        copies_.remove(next.copy);
-        throw;
-    }
     if (!copies_.exchange(std::move(next.copy))) {
         removePrepared();
         text_.emplace(manifest);
-        replace({});
+        replace();
     }
 }
 
@@ -244,18 +223,10 @@ bool ManifestWriter::wantsAnotherSpare(const ProjectManifest& manifest) const {
     return *room > needed;
 }
 
-void ManifestWriter::replace(const std::function<void()>& beforePublishing) {
+void ManifestWriter::replace() {
     copies_.checkTarget();
     copies_.forget();
-    Copy copy = newCopy();
-    try {
-        if (beforePublishing)
-            beforePublishing();
-    } catch (...) {
-        copies_.remove(copy);
-        throw;
-    }
-    copies_.replace(std::move(copy));
+    copies_.replace(newCopy());
 }
 
 }  // namespace morvane

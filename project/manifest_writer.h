@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <optional>
 #include <vector>
 
@@ -37,11 +36,8 @@ public:
     /// std::system_error; the former manifest stands then.
     void persist(ProjectManifest& manifest);
     /// Writes the manifest when only record `changed` (nothing: no record) differs from the last
-    /// write. `beforePublishing` is called once, when the new text is flushed and before it takes the
-    /// manifest's name: what the text says must be true by its end. Throws as above, and what
-    /// `beforePublishing` throws; the former manifest stands then.
-    void persist(ProjectManifest& manifest, std::optional<std::size_t> changed,
-                 const std::function<void()>& beforePublishing = {});
+    /// write. Throws as above.
+    void persist(ProjectManifest& manifest, std::optional<std::size_t> changed);
 
     /// Begins the next writes ahead of time: those in which, one after the other, these records change.
     /// Older copies are brought up to date and flushed on another thread; nothing is published. When the
@@ -59,14 +55,14 @@ private:
 
     bool prepareOne(const ProjectManifest& manifest, const Change& change);
     bool isForetold(const ProjectManifest& manifest, std::optional<std::size_t> changed) const;
-    void publishPrepared(ProjectManifest& manifest, const std::function<void()>& beforePublishing);
+    void publishPrepared(ProjectManifest& manifest);
     void dropPrepared(const ProjectManifest& manifest);
     void removePrepared();
     bool setRecord(std::size_t index, const ProjectFileRecord& record);
     ManifestCopies::Copy newCopy() const;
     ManifestCopies::Copy nextCopy(const ProjectManifest& manifest);
     bool wantsAnotherSpare(const ProjectManifest& manifest) const;
-    void replace(const std::function<void()>& beforePublishing);
+    void replace();
 
     ManifestCopies copies_;
     std::optional<ManifestText> text_;  ///< of the last write, or of the last prepared one

@@ -7,13 +7,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <utility>
 
 #include "project/file_hash.h"
 #include "project/folder_sync.h"
 #include "project/project_errors.h"
 #include "project/safe_open.h"
 #include "project/safe_paths.h"
-#include "project/side_task.h"
 #include "project/temporary_file.h"
 #include "support/path_text.h"
 #include "support/system_error.h"
@@ -112,28 +112,47 @@ void setCopyAttributes(int file, double modified) {
     static_cast<void>(::fchmod(file, 0644));
 }
 
-struct VerifiedCopier::State {
-    explicit State(JobContext& jobContext) : context(jobContext), hasher(jobContext) {}
+class VerifiedCopier::Begun {
+public:
+    Begun(const ProjectPlanItem& plannedItem, Destination openDestination, Source openSource)
+        : item(plannedItem),
+          destination(std::move(openDestination)),
+          source(std::move(openSource)),
+          temporary(destination.folder.get(), unpublishedMode) {}
 
-    std::string stream(const Source& source, int target, ByteCount& total);
-    void verify(TemporaryFile& temporary, const std::string& digest);
+    const ProjectPlanItem& item;
+    const Destination destination;
+    const Source source;
+    TemporaryFile temporary;
+    std::int64_t bytes = 0;  ///< read and written
+    std::string digest;      ///< of them
+};
+
+struct VerifiedCopier::State {
+    explicit State(JobContext& jobContext)
+        : context(jobContext), streamer(jobContext), verifier(jobContext) {}
+
+    void stream(Begun& copy, const ByteProgress& byteProgress);
+    void verify(Begun& copy);
 
     JobContext& context;
-    FileHasher hasher;
-    UniqueFd folder;  ///< of the copy made last; outlives its flush
-    SideTask folderFlush;
+    FileHasher streamer;  ///< of begin()
+    FileHasher verifier;  ///< of finish()
 };
 
 VerifiedCopier::VerifiedCopier(JobContext& context) : state_(std::make_unique<State>(context)) {}
 VerifiedCopier::~VerifiedCopier() = default;
 
-std::string VerifiedCopier::State::stream(const Source& source, int target, ByteCount& total) {
-    ::posix_fadvise(source.file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
+void VerifiedCopier::State::stream(Begun& copy, const ByteProgress& byteProgress) {
+    const int source = copy.source.file.get();
+    const int target = copy.temporary.writer();
+    ::posix_fadvise(source, 0, 0, POSIX_FADV_SEQUENTIAL);
+    ByteCount total(byteProgress);
     std::int64_t begun = 0;  // up to here the system was asked to write
     context.throwIfCancelled();
-    return hasher.hashStream(
+    copy.digest = streamer.hashStream(
         [&](char* block, std::size_t room) {
-            const std::size_t count = readSome(source.file.get(), block, room);
+            const std::size_t count = readSome(source, block, room);
             writeAll(target, block, count);
             total.add(count);
             if (total.total() - begun >= writeBackStep) {
@@ -143,49 +162,56 @@ std::string VerifiedCopier::State::stream(const Source& source, int target, Byte
             context.throwIfCancelled();
             return count;
         },
-        source.status.st_size);
+        copy.source.status.st_size);
+    copy.bytes = total.total();
 }
 
 /// Reads the flushed file back, by its name, after its cached pages were dropped.
-void VerifiedCopier::State::verify(TemporaryFile& temporary, const std::string& digest) {
-    const UniqueFd& file = temporary.reopen();
+void VerifiedCopier::State::verify(Begun& copy) {
+    const UniqueFd& file = copy.temporary.reopen();
     if (!file)
         failWith(project_text::verificationFailed);
     ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED);
-    if (hasher.hashOpen(file.get()) != digest)
+    if (verifier.hashOpen(file.get()) != copy.digest)
         failWith(project_text::verificationFailed);
 }
 
-std::string VerifiedCopier::copy(const ProjectPlanItem& item, const FileUrl& root,
-                                 const ByteProgress& byteProgress, const Written& written) {
+std::shared_ptr<VerifiedCopier::Begun> VerifiedCopier::begin(const ProjectPlanItem& item, const FileUrl& root,
+                                                             const ByteProgress& byteProgress) {
     if (!safeRelative(item.relativeDestination))
         failWith(project_text::unsafeDestination);
-    state_->folderFlush.wait();
     Destination destination = openDestination(item, root);
-    const Source source = openUnchangedSource(item);
-    TemporaryFile temporary(destination.folder.get(), unpublishedMode);
-    if (!temporary)
+    Source source = openUnchangedSource(item);
+    auto copy = std::make_shared<Begun>(item, std::move(destination), std::move(source));
+    if (!copy->temporary)
         failWith(project_text::cannotMakeTemporary);
-    ByteCount total(byteProgress);
-    std::string digest = state_->stream(source, temporary.writer(), total);
-    if (written)
-        written(digest);
-    temporary.flushAndClose();
-    refuseChangedSource(source, total.total());
-    if (item.sourceHash && *item.sourceHash != digest)
-        failWith(project_text::sourceDiffersFromPlan);
-    state_->verify(temporary, digest);
-    state_->context.throwIfCancelled();
-    if (temporary.publish(destination.name) != 0)
-        failWith(project_text::cannotCommit);
-    setCopyAttributes(temporary.reader(), item.modified);
-    state_->folder = std::move(destination.folder);
-    state_->folderFlush.start([folder = state_->folder.get()] { syncFolder(folder); });
-    return digest;
+    state_->stream(*copy, byteProgress);
+    return copy;
 }
 
-void VerifiedCopier::waitUntilDurable() {
-    state_->folderFlush.wait();
+const std::string& VerifiedCopier::digest(const Begun& begun) {
+    return begun.digest;
+}
+
+std::string VerifiedCopier::finish(std::shared_ptr<Begun> begun) {
+    const std::shared_ptr<Begun> copy = std::move(begun);
+    copy->temporary.flushAndClose();
+    refuseChangedSource(copy->source, copy->bytes);
+    const ProjectPlanItem& item = copy->item;
+    if (item.sourceHash && *item.sourceHash != copy->digest)
+        failWith(project_text::sourceDiffersFromPlan);
+    state_->verify(*copy);
+    state_->context.throwIfCancelled();
+    if (copy->temporary.publish(copy->destination.name) != 0)
+        failWith(project_text::cannotCommit);
+    setCopyAttributes(copy->temporary.reader(), item.modified);
+    syncFolder(copy->destination.folder.get());
+    return copy->digest;
+}
+
+std::string VerifiedCopier::copy(const ProjectPlanItem& item, const FileUrl& root,
+                                 const ByteProgress& byteProgress) {
+    return finish(begin(item, root, byteProgress));
 }
 
 }  // namespace morvane

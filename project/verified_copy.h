@@ -25,15 +25,16 @@ UniqueFd ensureDirectory(const FileUrl& directory, const FileUrl& root);
 /// over: the copy stands.
 void setCopyAttributes(int file, double modified);
 
-/// Copies files one after the other, keeping its buffers, digests and its second thread between
-/// them. One thread uses it at a time.
+/// Copies files, in two halves where wanted, so that one file can be flushed and verified while the next
+/// one is read and written. Keeps its buffers, digests and second threads between files. begin() and
+/// finish() may be used by two threads at once, one each.
 class VerifiedCopier {
 public:
     /// Bytes of this file copied so far (cumulative), as ByteCount tells them; on the calling thread.
     using ByteProgress = std::function<void(std::int64_t)>;
 
-    /// The digest of what was copied, when all of it is written but neither flushed nor verified.
-    using Written = std::function<void(const std::string& digest)>;
+    /// A copy that is written, but neither flushed nor verified. Its temporary file goes with it.
+    class Begun;
 
     /// The mode of a copy until it has its final name.
     static constexpr mode_t unpublishedMode = 0600;
@@ -42,14 +43,15 @@ public:
     ~VerifiedCopier();
 
     /// Copies `item` below `root` and returns the copy's SHA-256 (lower-case hexadecimal). Afterwards
-    /// either the whole verified file stands under its planned name (date of the source, mode 0644),
-    /// or nothing new stands there; the temporary file is gone in both cases.
+    /// either the whole verified file stands under its planned name (date of the source, mode 0644) and
+    /// survives a power cut, its name included, or nothing new stands there; the temporary file is gone
+    /// in both cases.
     ///
     /// Steps: safe destination; real folders; free name; source opened without following links and
     /// equal to the plan (size; date within 0.001 s); temporary file in the destination's folder;
-    /// streamed read, write and hash in blocks of 256 KiB; flush; source unchanged (exact); hash as
-    /// planned; the file read back and compared; exclusive rename; date and mode. The folder with the new
-    /// name is being flushed on another thread when this returns: waitUntilDurable() ends that.
+    /// streamed read, write and hash in blocks of 256 KiB (here begin() ends); flush; source unchanged
+    /// (exact); hash as planned; the file read back and compared; exclusive rename; date and mode; flush
+    /// of the folder.
     ///
     /// The file is read back after its cached pages were dropped, so that the bytes come from the
     /// medium. What that promises: the system was asked after a completed flush, and ext4, xfs, btrfs
@@ -58,12 +60,17 @@ public:
     /// medium at all.
     ///
     /// Throws ProjectCoreError (messages in described order, or its cancelled case) or
-    /// std::system_error for failed reads, writes, flushes and closes.
-    std::string copy(const ProjectPlanItem& item, const FileUrl& root, const ByteProgress& byteProgress,
-                     const Written& written = {});
-    /// Returns once the copy made last survives a power cut, its name included. Throws
-    /// std::system_error where its folder could not be flushed. To be called before the copy counts.
-    void waitUntilDurable();
+    /// std::system_error for failed reads, writes, flushes and closes; the published copy stands when
+    /// only the last flush fails.
+    std::string copy(const ProjectPlanItem& item, const FileUrl& root, const ByteProgress& byteProgress);
+
+    /// The first half; `item` must outlive what is returned. Throws as copy() does.
+    std::shared_ptr<Begun> begin(const ProjectPlanItem& item, const FileUrl& root,
+                                 const ByteProgress& byteProgress);
+    /// SHA-256 of what was read.
+    static const std::string& digest(const Begun& begun);
+    /// The second half. Throws as copy() does.
+    std::string finish(std::shared_ptr<Begun> begun);
 
 private:
     struct State;

@@ -75,7 +75,7 @@ std::string sentence(std::string_view text, std::string_view tail) {
 }
 
 Recorder::Recorder(StopWhen stopWhen)
-    : context_([this] { return isStopped_; },
+    : context_([this] { return isStopped_.load(); },
                [this, stopWhen = std::move(stopWhen)](const ProjectProgress& progress, JobContext::Delivery) {
                    reports_.push_back(progress);
                    isStopped_ = isStopped_ || (stopWhen && stopWhen(progress));

@@ -2,6 +2,7 @@
 // texts, contexts that record what the engine reports.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <string>
 #include <vector>
@@ -53,7 +54,7 @@ public:
 
 private:
     std::vector<ProjectProgress> reports_;
-    bool isStopped_ = false;
+    std::atomic<bool> isStopped_ = false;  ///< asked by several threads
     JobContext context_;
 };
 

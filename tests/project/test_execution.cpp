@@ -5,6 +5,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
 
@@ -28,6 +29,7 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
 
@@ -222,6 +224,59 @@ TEST_F(Execution, AStopAtTheThirdFile) {
     EXPECT_EQ(resumed.copiedCount, 5);
     EXPECT_THAT(states(), Each(verified));
     EXPECT_FALSE(onDisk().files[2].error);
+}
+
+TEST_F(Execution, AStopAtAnyMomentLeavesVerifiedCopiesOneCancelledAndTheRestPending) {
+    std::vector<std::string> names;
+    for (char letter = 'a'; letter < 'k'; ++letter) {
+        names.push_back(std::string(1, letter) + ".mov");
+        writeFile(place.source(names.back()), someBytes(2'000, static_cast<unsigned>(letter)));
+    }
+    bool wasStopped = true;
+    for (int moment = 2; wasStopped; moment += 3) {
+        std::filesystem::remove_all(root());
+        std::atomic<int> questions = 0;
+        JobContext context([&] { return ++questions >= moment; }, {});
+        const ProjectPlan planned = place.plan("P", names);
+        const ProjectResult result = executeSynchronously(context, planned);
+        wasStopped = result.cancelled;
+        const ProjectManifest manifest = onDisk();
+        const auto stopped = static_cast<std::size_t>(result.copiedCount);
+        EXPECT_EQ(wasStopped, stopped < names.size()) << moment;
+        for (std::size_t index = 0; index < names.size(); ++index) {
+            const ProjectFileState expected = index < stopped    ? verified
+                                              : index == stopped ? cancelled
+                                                                 : pending;
+            EXPECT_EQ(manifest.files[index].state, expected) << moment;
+            EXPECT_EQ(std::filesystem::exists(copyPath(names[index])), expected == verified) << moment;
+        }
+        EXPECT_THAT(listTree(copyPath("")), SizeIs(stopped)) << moment << ": no temporary file stays";
+    }
+}
+
+TEST_F(Execution, ASourceThatChangesAtItsTurnIsNotPublished) {
+    Recorder recorder([&](const ProjectProgress& progress) {
+        if (progress.message == "复制与校验：b.mov")
+            writeFile(place.source("b.mov"), "changed now");
+        return false;
+    });
+    executeSynchronously(recorder.context(), plan());
+    EXPECT_THAT(states(), ElementsAre(verified, failed, verified));
+    EXPECT_EQ(onDisk().files[1].error, project_text::sourceChangedWhileCopying);
+    EXPECT_THAT(listTree(copyPath("")), SizeIs(2));
+}
+
+TEST_F(Execution, OnlyTheFileWhoseTurnItIsCountsAsBeingCopied) {
+    std::vector<std::vector<ProjectFileState>> seen;
+    Recorder recorder([&](const ProjectProgress& progress) {
+        if (progress.message.starts_with("复制与校验："))
+            seen.push_back(states());
+        return false;
+    });
+    executeSynchronously(recorder.context(), plan());
+    EXPECT_THAT(seen,
+                ElementsAre(ElementsAre(copying, pending, pending), ElementsAre(verified, copying, pending),
+                            ElementsAre(verified, verified, copying)));
 }
 
 TEST_F(Execution, OneFailureNeverStopsTheRun) {

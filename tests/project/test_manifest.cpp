@@ -273,43 +273,6 @@ TEST_F(WriteManifest, TwoWritesOfTheSameDifferInRevisionAndDateOnly) {
     EXPECT_EQ(first, second);
 }
 
-TEST_F(WriteManifest, NothingIsPublishedBeforeItIsTrue) {
-    ManifestWriter writer(root.get());
-    // The first two writes make new files, the later ones change older copies in place.
-    for (std::size_t index = 0; index < 12; ++index) {
-        if (index == 0)
-            writer.persist(manifest);
-        const ProjectManifest before = onDisk();
-        int calls = 0;
-        manifest.files[index].state = ProjectFileState::copying;
-        writer.persist(manifest, index, [&] {
-            ++calls;
-            EXPECT_EQ(onDisk(), before);
-        });
-        EXPECT_EQ(calls, 1);
-        EXPECT_EQ(onDisk(), manifest);
-    }
-}
-
-TEST_F(WriteManifest, WhatTurnsOutUntrueIsNotPublished) {
-    ManifestWriter writer(root.get());
-    writer.persist(manifest);
-    for (std::size_t index = 0; index < 12; ++index) {
-        const ProjectManifest before = onDisk();
-        manifest.files[index].state = ProjectFileState::verified;
-        EXPECT_EQ(errorOf([&] {
-                      writer.persist(manifest, index, [] { throw std::runtime_error("not durable"); });
-                  }),
-                  "not durable");
-        EXPECT_EQ(onDisk(), before);
-        manifest.files[index].state = ProjectFileState::failed;
-        manifest.files[index].error = "not durable";
-        writer.persist(manifest, index);
-        EXPECT_EQ(onDisk(), manifest);
-    }
-    EXPECT_EQ(manifest.revision, 25);
-}
-
 TEST_F(WriteManifest, WritesBegunAheadArePublishedOneByOne) {
     ManifestWriter writer(root.get());
     writer.persist(manifest);
@@ -320,7 +283,7 @@ TEST_F(WriteManifest, WritesBegunAheadArePublishedOneByOne) {
         writer.prepare(manifest, {{index, done}, {index + 1, next}});
         EXPECT_EQ(onDisk(), before) << "nothing is published ahead";
         manifest.files[index] = done;
-        writer.persist(manifest, index, [&] { EXPECT_EQ(onDisk(), before); });
+        writer.persist(manifest, index);
         EXPECT_EQ(onDisk(), manifest);
         manifest.files[index + 1] = next;
         writer.persist(manifest, index + 1);

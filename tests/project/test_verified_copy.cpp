@@ -27,6 +27,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 constexpr std::size_t mebibyte = 1'048'576;
 const std::string destination = "02_原始素材/Day1/a.mov";
@@ -86,6 +87,39 @@ TEST_F(VerifiedCopy, CopiesEverySizeAndSaysItsDigest) {
     }
     for (const auto& file : files())
         EXPECT_FALSE(isTemporaryName(std::filesystem::path(file).filename().string()));
+}
+
+TEST_F(VerifiedCopy, OneFileIsFinishedWhileTheNextOneIsBegun) {
+    std::vector<ProjectPlanItem> items;
+    for (unsigned number = 0; number < 6; ++number) {
+        const std::string name = std::to_string(number) + ".mov";
+        writeFile(place.source(name), someBytes(number * 700'000, number + 1));
+        items.push_back(place.item(name, "02_原始素材/Day1/" + name));
+    }
+    auto begun = copier.begin(items[0], root(), {});
+    for (std::size_t index = 0; index < items.size(); ++index) {
+        const std::string bytes = readAll(items[index].sourceURL.path);
+        EXPECT_EQ(VerifiedCopier::digest(*begun), digestOf(bytes));
+        EXPECT_FALSE(std::filesystem::exists(inProject(items[index].relativeDestination)));
+        std::string digest;
+        std::thread finishing(
+            [&, copy = std::move(begun)]() mutable { digest = copier.finish(std::move(copy)); });
+        if (index + 1 < items.size())
+            begun = copier.begin(items[index + 1], root(), {});
+        finishing.join();
+        EXPECT_EQ(digest, digestOf(bytes));
+        EXPECT_EQ(readAll(inProject(items[index].relativeDestination)), bytes);
+    }
+    EXPECT_THAT(files(), SizeIs(6));
+}
+
+TEST_F(VerifiedCopy, WhatIsBegunAndNotFinishedLeavesNothing) {
+    writeFile(place.source("a.mov"), "content");
+    const ProjectPlanItem item = place.item("a.mov", destination);
+    auto begun = copier.begin(item, root(), {});
+    EXPECT_NE(temporaryFile(), "");
+    begun.reset();
+    EXPECT_THAT(files(), IsEmpty());
 }
 
 TEST_F(VerifiedCopy, AnEmptyFileReportsNoBytes) {
