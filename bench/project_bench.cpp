@@ -105,17 +105,17 @@ public:
     const std::string& theirs() const { return theirs_; }
 
 private:
-    /// Many files stay until the end: ext4 without a journal looks over all inodes freed within its last
-    /// minutes whenever it makes a file, and the round before would be measured, too.
+    /// Small files stay until the end: ext4 without a journal looks over all inodes freed within its last
+    /// minutes whenever it makes a file, and the round before would be measured, too. Of large files there
+    /// are few, and the disk has no room for all rounds.
     void renew(std::string& target, const std::string& name) {
-        if (plan_.items.size() < manyFiles)
+        if (!plan_.items.empty() && plan_.items.front().size >= static_cast<std::int64_t>(mebibyte))
             std::filesystem::remove_all(target);
         target = folder_ / (name + std::to_string(++targets_));
         std::filesystem::create_directories(target);
         ::sync();
     }
 
-    static constexpr std::size_t manyFiles = 100;
     const TemporaryFolder& folder_;
     const std::string source_;
     std::string ours_;

@@ -38,7 +38,7 @@ constexpr std::int64_t largestNumber = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t spaceReserve = 1'048'576;  // bytes, room for the manifest
 /// Bytes; verifying a larger file takes so long that a manifest made before would carry an old date.
 constexpr std::int64_t largestPreparedFor = 16'777'216;
-/// Bytes; beginning a larger file ahead would gain little and hold up the record of the one before.
+/// Bytes; beginning a larger file ahead would gain little.
 constexpr std::int64_t largestBegunAhead = 16'777'216;
 constexpr std::int64_t largestTotal = largestNumber - spaceReserve - 1;
 
@@ -116,6 +116,7 @@ public:
         writer_.persist(manifest_);
         for (std::size_t index = 0; index < manifest_.files.size() && !isCancelled_; ++index)
             processItem(index);
+        beginning_.wait();
         ahead_.reset();
         const bool wroteHandOff = !isCancelled_ && manifest_.plan.request.createFCP;
         if (wroteHandOff)
@@ -185,8 +186,8 @@ private:
         std::vector<std::int64_t> reports;  ///< counts of its bytes, not yet reported
         std::shared_ptr<VerifiedCopier::Begun> copy;
     };
-    std::optional<Ahead> ahead_;
-    SideTask finishing_;
+    std::optional<Ahead> ahead_;  ///< belongs to beginning_ while that runs
+    SideTask beginning_;
 };
 
 void Run::processItem(std::size_t index) {
@@ -272,14 +273,11 @@ void Run::copyItem(std::size_t index) {
     writer_.persist(manifest_, index);
     auto begun = begunCopy(index);
     prepareNextWrites(index, VerifiedCopier::digest(*begun));
-    std::string digest;
-    finishing_.start([&, begun = std::move(begun)]() mutable { digest = copier_.finish(std::move(begun)); });
     beginAhead(index + 1);
-    finishing_.wait();
+    record.sha256 = copier_.finish(std::move(begun));
     record.state = ProjectFileState::verified;
-    record.sha256 = std::move(digest);
-    writer_.persist(manifest_, index);
     countAsDone(index);
+    writer_.persist(manifest_, index);
 }
 
 /// The first half of a copy: what was begun ahead, or begun now. Its bytes are reported in either case.
@@ -291,8 +289,9 @@ std::shared_ptr<VerifiedCopier::Begun> Run::begunCopy(std::size_t index) {
         progress.completedBytes = progress_.completedBytes + bytes;
         context_.report(progress);
     };
+    beginning_.wait();
     const auto ahead = std::exchange(ahead_, std::nullopt);
-    if (!ahead || ahead->index != index)
+    if (!ahead || ahead->index != index || !VerifiedCopier::stillHolds(*ahead->copy, manifest_.plan.rootURL))
         return copier_.begin(item(index), manifest_.plan.rootURL, report);
     for (const std::int64_t bytes : ahead->reports) {
         report(bytes);
@@ -301,22 +300,25 @@ std::shared_ptr<VerifiedCopier::Begun> Run::begunCopy(std::size_t index) {
     return ahead->copy;
 }
 
-/// Nobody sees this copy before its turn: no record, no progress, and no failure, which the next attempt
-/// will tell.
+/// No record, progress or failure tells of this before its turn. Then it is used if all is as it was, and
+/// the file begun anew otherwise.
 void Run::beginAhead(std::size_t index) {
     if (index >= manifest_.files.size() || item(index).size > largestBegunAhead ||
         manifest_.files[index].state == ProjectFileState::verified ||
         (kind_ == Kind::Resumed && finalFileExists(index)))
         return;
-    try {
-        checkFolder();
-        std::vector<std::int64_t> reports;
-        auto copy = copier_.begin(item(index), manifest_.plan.rootURL,
-                                  [&](std::int64_t bytes) { reports.push_back(bytes); });
-        ahead_ = {index, std::move(reports), std::move(copy)};
-    } catch (const std::exception&) {
-        ahead_.reset();
-    }
+    beginning_.start([this, index] {
+        try {
+            checkFolder();
+            std::vector<std::int64_t> reports;
+            auto copy = copier_.beginAhead(item(index), manifest_.plan.rootURL,
+                                           [&](std::int64_t bytes) { reports.push_back(bytes); });
+            if (copy)
+                ahead_ = {index, std::move(reports), std::move(copy)};
+        } catch (const std::exception&) {
+            // A stop or a failure: its own turn will tell.
+        }
+    });
 }
 
 /// While the copy is flushed and verified, the manifests of what most likely comes next are, too: this

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 
 #include <cerrno>
-#include <optional>
 #include <utility>
 
 #include "platform/package_types.h"

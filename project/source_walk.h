@@ -30,7 +30,7 @@ public:
         FileAttributes attributes;
     };
     /// So many that handing them to another thread costs nothing beside finding them.
-    static constexpr std::size_t batchSize = 512;
+    static constexpr std::size_t batchSize = 128;
 
     /// `folder`, `project`: real paths. Throws ProjectCoreError cannotScan.
     SourceWalk(JobContext& context, const std::string& folder, std::string project);

@@ -47,19 +47,21 @@ bool hasParentStep(const std::vector<std::string_view>& pieces) {
                        [](std::string_view piece) { return piece == "." || piece == ".."; });
 }
 
-struct Destination {
-    UniqueFd folder;
-    std::string name;
-};
+FileUrl folderOf(const ProjectPlanItem& item, const FileUrl& root) {
+    return folderLocation(std::string(parentPath(joinPath(root.path, item.relativeDestination))));
+}
 
-Destination openDestination(const ProjectPlanItem& item, const FileUrl& root) {
-    const FileUrl file = fileLocation(joinPath(root.path, item.relativeDestination));
-    Destination destination{ensureDirectory(folderLocation(std::string(parentPath(file.path))), root),
-                            std::string(lastPathComponent(file.path))};
+bool isTaken(const UniqueFd& folder, const std::string& name) {
     struct stat status {};
-    if (::fstatat(destination.folder.get(), destination.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
-        failWith(project_text::destinationTakenPrefix, item.relativeDestination);
-    return destination;
+    return ::fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool isSameFile(const struct stat& left, const struct stat& right) {
+    return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+}
+
+bool isSameTime(const timespec& left, const timespec& right) {
+    return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
 }
 
 struct Source {
@@ -82,8 +84,7 @@ void refuseChangedSource(const Source& source, std::int64_t bytesRead) {
     struct stat now {};
     const struct stat& before = source.status;
     if (::fstat(source.file.get(), &now) != 0 || bytesRead != before.st_size ||
-        now.st_size != before.st_size || now.st_mtim.tv_sec != before.st_mtim.tv_sec ||
-        now.st_mtim.tv_nsec != before.st_mtim.tv_nsec)
+        now.st_size != before.st_size || !isSameTime(now.st_mtim, before.st_mtim))
         failWith(project_text::sourceChangedWhileCopying);
 }
 
@@ -114,14 +115,20 @@ void setCopyAttributes(int file, double modified) {
 
 class VerifiedCopier::Begun {
 public:
-    Begun(const ProjectPlanItem& plannedItem, Destination openDestination, Source openSource)
+    Begun(const ProjectPlanItem& plannedItem, UniqueFd openFolder, Source openSource)
         : item(plannedItem),
-          destination(std::move(openDestination)),
+          folder(std::move(openFolder)),
+          name(nameOf(plannedItem)),
           source(std::move(openSource)),
-          temporary(destination.folder.get(), unpublishedMode) {}
+          temporary(folder.get(), unpublishedMode) {}
+
+    static std::string nameOf(const ProjectPlanItem& item) {
+        return std::string(lastPathComponent(item.relativeDestination));
+    }
 
     const ProjectPlanItem& item;
-    const Destination destination;
+    const UniqueFd folder;
+    const std::string name;
     const Source source;
     TemporaryFile temporary;
     std::int64_t bytes = 0;  ///< read and written
@@ -132,6 +139,8 @@ struct VerifiedCopier::State {
     explicit State(JobContext& jobContext)
         : context(jobContext), streamer(jobContext), verifier(jobContext) {}
 
+    std::shared_ptr<Begun> begin(const ProjectPlanItem& item, UniqueFd folder,
+                                 const ByteProgress& byteProgress);
     void stream(Begun& copy, const ByteProgress& byteProgress);
     void verify(Begun& copy);
 
@@ -176,17 +185,50 @@ void VerifiedCopier::State::verify(Begun& copy) {
         failWith(project_text::verificationFailed);
 }
 
+std::shared_ptr<VerifiedCopier::Begun> VerifiedCopier::State::begin(const ProjectPlanItem& item,
+                                                                    UniqueFd folder,
+                                                                    const ByteProgress& byteProgress) {
+    if (isTaken(folder, Begun::nameOf(item)))
+        failWith(project_text::destinationTakenPrefix, item.relativeDestination);
+    Source source = openUnchangedSource(item);
+    auto copy = std::make_shared<Begun>(item, std::move(folder), std::move(source));
+    if (!copy->temporary)
+        failWith(project_text::cannotMakeTemporary);
+    stream(*copy, byteProgress);
+    return copy;
+}
+
 std::shared_ptr<VerifiedCopier::Begun> VerifiedCopier::begin(const ProjectPlanItem& item, const FileUrl& root,
                                                              const ByteProgress& byteProgress) {
     if (!safeRelative(item.relativeDestination))
         failWith(project_text::unsafeDestination);
-    Destination destination = openDestination(item, root);
-    Source source = openUnchangedSource(item);
-    auto copy = std::make_shared<Begun>(item, std::move(destination), std::move(source));
-    if (!copy->temporary)
-        failWith(project_text::cannotMakeTemporary);
-    state_->stream(*copy, byteProgress);
-    return copy;
+    return state_->begin(item, ensureDirectory(folderOf(item, root), root), byteProgress);
+}
+
+std::shared_ptr<VerifiedCopier::Begun> VerifiedCopier::beginAhead(const ProjectPlanItem& item,
+                                                                  const FileUrl& root,
+                                                                  const ByteProgress& byteProgress) {
+    UniqueFd folder =
+        safeRelative(item.relativeDestination) ? openFolder(folderOf(item, root).path) : UniqueFd();
+    return folder ? state_->begin(item, std::move(folder), byteProgress) : nullptr;
+}
+
+bool VerifiedCopier::stillHolds(const Begun& begun, const FileUrl& root) {
+    struct stat held {};
+    struct stat named {};
+    const UniqueFd folder = openFolder(folderOf(begun.item, root).path);
+    if (!folder || ::fstat(begun.folder.get(), &held) != 0 || ::fstat(folder.get(), &named) != 0 ||
+        !isSameFile(held, named) || isTaken(folder, begun.name))
+        return false;
+    try {
+        const UniqueFd source = openRead(begun.item.sourceURL);
+        const struct stat& before = begun.source.status;
+        return ::fstat(source.get(), &named) == 0 && isSameFile(named, before) &&
+               named.st_size == before.st_size && isSameTime(named.st_mtim, before.st_mtim) &&
+               isSameTime(named.st_ctim, before.st_ctim);
+    } catch (const ProjectCoreError&) {
+        return false;
+    }
 }
 
 const std::string& VerifiedCopier::digest(const Begun& begun) {
@@ -202,10 +244,10 @@ std::string VerifiedCopier::finish(std::shared_ptr<Begun> begun) {
         failWith(project_text::sourceDiffersFromPlan);
     state_->verify(*copy);
     state_->context.throwIfCancelled();
-    if (copy->temporary.publish(copy->destination.name) != 0)
+    if (copy->temporary.publish(copy->name) != 0)
         failWith(project_text::cannotCommit);
     setCopyAttributes(copy->temporary.reader(), item.modified);
-    syncFolder(copy->destination.folder.get());
+    syncFolder(copy->folder.get());
     return copy->digest;
 }
 

@@ -44,8 +44,8 @@ public:
 
     /// Copies `item` below `root` and returns the copy's SHA-256 (lower-case hexadecimal). Afterwards
     /// either the whole verified file stands under its planned name (date of the source, mode 0644) and
-    /// survives a power cut, its name included, or nothing new stands there; the temporary file is gone
-    /// in both cases.
+    /// survives a power cut, its name included, or this throws and nothing new stands there (the verified
+    /// file does where only the last flush fails). The temporary file is gone in each case.
     ///
     /// Steps: safe destination; real folders; free name; source opened without following links and
     /// equal to the plan (size; date within 0.001 s); temporary file in the destination's folder;
@@ -60,13 +60,18 @@ public:
     /// medium at all.
     ///
     /// Throws ProjectCoreError (messages in described order, or its cancelled case) or
-    /// std::system_error for failed reads, writes, flushes and closes; the published copy stands when
-    /// only the last flush fails.
+    /// std::system_error for failed reads, writes, flushes and closes.
     std::string copy(const ProjectPlanItem& item, const FileUrl& root, const ByteProgress& byteProgress);
 
     /// The first half; `item` must outlive what is returned. Throws as copy() does.
     std::shared_ptr<Begun> begin(const ProjectPlanItem& item, const FileUrl& root,
                                  const ByteProgress& byteProgress);
+    /// The same before the file's turn: nothing where its folder does not stand yet, and none is made.
+    std::shared_ptr<Begun> beginAhead(const ProjectPlanItem& item, const FileUrl& root,
+                                      const ByteProgress& byteProgress);
+    /// Whether beginning again would find what begin() found: the same folder, a free name, the same
+    /// unchanged source. To be asked when it is the turn of what was begun ahead.
+    static bool stillHolds(const Begun& begun, const FileUrl& root);
     /// SHA-256 of what was read.
     static const std::string& digest(const Begun& begun);
     /// The second half. Throws as copy() does.

@@ -10,8 +10,10 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <thread>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -111,6 +113,62 @@ TEST_F(VerifiedCopy, OneFileIsFinishedWhileTheNextOneIsBegun) {
         EXPECT_EQ(readAll(inProject(items[index].relativeDestination)), bytes);
     }
     EXPECT_THAT(files(), SizeIs(6));
+}
+
+TEST_F(VerifiedCopy, AheadOfItsTurnNoFolderIsMade) {
+    writeFile(place.source("a.mov"), "content");
+    const ProjectPlanItem item = place.item("a.mov", destination);
+    EXPECT_FALSE(copier.beginAhead(item, root(), {}));
+    EXPECT_THAT(listTree(root().path), IsEmpty());
+    std::filesystem::create_directories(inProject("02_原始素材/Day1"));
+    const auto begun = copier.beginAhead(item, root(), {});
+    ASSERT_TRUE(begun);
+    EXPECT_TRUE(VerifiedCopier::stillHolds(*begun, root()));
+    EXPECT_EQ(copier.finish(begun), digestOf("content"));
+}
+
+TEST_F(VerifiedCopy, WhatWasBegunAheadHoldsOnlyWhileAllIsAsItWas) {
+    const std::string folder = inProject("02_原始素材/Day1");
+    const std::string source = place.source("in/a.mov");
+    const auto swapForLink = [](const std::string& path) {
+        std::filesystem::rename(path, path + " moved");
+        std::filesystem::create_directory_symlink(path + " moved", path);
+    };
+    const std::vector<std::pair<const char*, std::function<void()>>> changes = {
+        {"folder gone", [&] { std::filesystem::remove_all(folder); }},
+        {"folder moved", [&] { std::filesystem::rename(folder, folder + " moved"); }},
+        {"folder a link", [&] { swapForLink(folder); }},
+        {"another folder",
+         [&] {
+             std::filesystem::rename(folder, folder + " moved");
+             std::filesystem::create_directory(folder);
+         }},
+        {"name taken", [&] { writeFile(inProject(destination), "old"); }},
+        {"name taken by a link", [&] { std::filesystem::create_symlink("nowhere", inProject(destination)); }},
+        {"source gone", [&] { std::filesystem::remove(source); }},
+        {"source below a link", [&] { swapForLink(place.source("in")); }},
+        {"source longer", [&] { writeFile(source, "content and more"); }},
+        {"source of another date", [&] { setModified(source, 1'500'000'000); }},
+        {"another source",
+         [&] {
+             const double modified = modifiedOf(source);
+             writeFile(place.source("in/b.mov"), "CONTENT");
+             std::filesystem::rename(place.source("in/b.mov"), source);
+             setModified(source, modified);
+         }},
+    };
+    for (const auto& [what, change] : changes) {
+        std::filesystem::remove_all(place.source(""));
+        std::filesystem::remove_all(root().path);
+        writeFile(source, "content");
+        std::filesystem::create_directories(folder);
+        const ProjectPlanItem item = place.item("in/a.mov", destination);
+        const auto begun = copier.beginAhead(item, root(), {});
+        ASSERT_TRUE(begun) << what;
+        EXPECT_TRUE(VerifiedCopier::stillHolds(*begun, root())) << what;
+        change();
+        EXPECT_FALSE(VerifiedCopier::stillHolds(*begun, root())) << what;
+    }
 }
 
 TEST_F(VerifiedCopy, WhatIsBegunAndNotFinishedLeavesNothing) {
