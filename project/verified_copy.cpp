@@ -164,7 +164,7 @@ void VerifiedCopier::State::stream(Begun& copy, const ByteProgress& byteProgress
             const std::size_t count = readSome(source, block, room);
             writeAll(target, block, count);
             total.add(count);
-            if (total.total() - begun >= writeBackStep) {
+            if (total.total() - begun >= (count > 0 ? writeBackStep : 1)) {
                 startWriteBack(target, begun, total.total() - begun);
                 begun = total.total();
             }
