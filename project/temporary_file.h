@@ -27,6 +27,7 @@ public:
 
     explicit operator bool() const { return created_; }
     int writer() const { return writer_.get(); }
+    bool isOpenForWriting() const { return static_cast<bool>(writer_); }
     const std::string& name() const { return name_; }
     /// Flushes to stable storage, then closes the writer. Throws std::system_error.
     void flushAndClose();

@@ -210,7 +210,11 @@ std::shared_ptr<VerifiedCopier::Begun> VerifiedCopier::beginAhead(const ProjectP
                                                                   const ByteProgress& byteProgress) {
     UniqueFd folder =
         safeRelative(item.relativeDestination) ? openFolder(folderOf(item, root).path) : UniqueFd();
-    return folder ? state_->begin(item, std::move(folder), byteProgress) : nullptr;
+    if (!folder)
+        return nullptr;
+    auto copy = state_->begin(item, std::move(folder), byteProgress);
+    copy->temporary.flushAndClose();
+    return copy;
 }
 
 bool VerifiedCopier::stillHolds(const Begun& begun, const FileUrl& root) {
@@ -237,7 +241,8 @@ const std::string& VerifiedCopier::digest(const Begun& begun) {
 
 std::string VerifiedCopier::finish(std::shared_ptr<Begun> begun) {
     const std::shared_ptr<Begun> copy = std::move(begun);
-    copy->temporary.flushAndClose();
+    if (copy->temporary.isOpenForWriting())
+        copy->temporary.flushAndClose();
     refuseChangedSource(copy->source, copy->bytes);
     const ProjectPlanItem& item = copy->item;
     if (item.sourceHash && *item.sourceHash != copy->digest)

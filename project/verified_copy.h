@@ -33,7 +33,7 @@ public:
     /// Bytes of this file copied so far (cumulative), as ByteCount tells them; on the calling thread.
     using ByteProgress = std::function<void(std::int64_t)>;
 
-    /// A copy that is written, but neither flushed nor verified. Its temporary file goes with it.
+    /// A copy that is written, but not verified. Its temporary file goes with it.
     class Begun;
 
     /// The mode of a copy until it has its final name.
@@ -66,7 +66,8 @@ public:
     /// The first half; `item` must outlive what is returned. Throws as copy() does.
     std::shared_ptr<Begun> begin(const ProjectPlanItem& item, const FileUrl& root,
                                  const ByteProgress& byteProgress);
-    /// The same before the file's turn: nothing where its folder does not stand yet, and none is made.
+    /// The same before the file's turn, and flushed already: nothing where its folder does not stand yet,
+    /// and none is made.
     std::shared_ptr<Begun> beginAhead(const ProjectPlanItem& item, const FileUrl& root,
                                       const ByteProgress& byteProgress);
     /// Whether beginning again would find what begin() found: the same folder, a free name, the same
