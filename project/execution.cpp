@@ -150,7 +150,7 @@ private:
         struct stat held {};
         const UniqueFd folder = openFolder(manifest_.plan.rootURL.path);
         if (!folder || ::fstat(folder.get(), &named) != 0 || ::fstat(root_.get(), &held) != 0 ||
-            named.st_dev != held.st_dev || named.st_ino != held.st_ino)
+            !isSameFile(named, held))
             failWith(project_text::projectChanged);
     }
 

@@ -15,6 +15,7 @@
 #include "project/folder_sync.h"
 #include "project/manifest.h"
 #include "project/project_errors.h"
+#include "project/safe_paths.h"
 #include "project/temporary_file.h"
 #include "support/system_error.h"
 
@@ -77,8 +78,7 @@ bool ManifestCopies::canExchange() const {
     struct stat open {};
     return knowsExchange_ && current_ &&
            ::fstatat(root_, targetName().c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
-           ::fstat(current_->file.get(), &open) == 0 && named.st_dev == open.st_dev &&
-           named.st_ino == open.st_ino;
+           ::fstat(current_->file.get(), &open) == 0 && isSameFile(named, open);
 }
 
 std::optional<ManifestCopies::Copy> ManifestCopies::takeFree() {

@@ -63,6 +63,11 @@ struct FileAttributes {
 /// a double holds little more at today's dates.
 bool isOtherDate(double left, double right);
 
+/// Whether both tell of one and the same file, whatever its name.
+inline bool isSameFile(const struct stat& left, const struct stat& right) {
+    return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+}
+
 /// Size and date as plans carry them.
 FileAttributes attributesOf(const struct stat& status);
 /// Size and date of the regular file at `url` itself (links are not followed). Throws

@@ -14,6 +14,7 @@
 
 namespace morvane {
 
+/// True for a name with the extension of Final Cut Pro's libraries, in any case.
 bool isFcpLibraryName(std::string_view name);
 
 /// Walks a folder and everything below it in a fixed order (entries of one folder in the byte order of

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/exclusive_rename.h"
+#include "project/safe_paths.h"
 #include "support/system_error.h"
 #include "support/uuid.h"
 
@@ -51,8 +52,7 @@ void TemporaryFile::flushAndClose() {
 const UniqueFd& TemporaryFile::reopen() {
     UniqueFd file(::openat(folder_, name_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
-    if (file && ::fstat(file.get(), &status) == 0 && status.st_dev == identity_.st_dev &&
-        status.st_ino == identity_.st_ino)
+    if (file && ::fstat(file.get(), &status) == 0 && isSameFile(status, identity_))
         reader_ = std::move(file);
     return reader_;
 }

@@ -26,8 +26,8 @@ UniqueFd ensureDirectory(const FileUrl& directory, const FileUrl& root);
 void setCopyAttributes(int file, double modified);
 
 /// Copies files, in two halves where wanted, so that one file can be flushed and verified while the next
-/// one is read and written. Keeps its buffers, digests and second threads between files. begin() and
-/// finish() may be used by two threads at once, one each.
+/// one is read and written. Keeps its buffers, digests and second threads between files. One
+/// thread may begin copies while another one finishes them.
 class VerifiedCopier {
 public:
     /// Bytes of this file copied so far (cumulative), as ByteCount tells them; on the calling thread.
